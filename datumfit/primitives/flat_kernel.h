@@ -1,5 +1,6 @@
 #pragma once
 
+#include <datumfit/foundation/geometry/scale_to_unit.h>
 #include <datumfit/foundation/maths/lane_model.h>
 #include <datumfit/foundation/maths/vector.h>
 
@@ -45,9 +46,10 @@ struct flat_kernel {
 
     /// Gives the normal length 1; one of length 0 becomes the first axis.
     static void normalize(mlVector & p) {
-        double length = 0.0;
-        for (int k = 1; k < parameters; ++k) length = std::hypot(length, p[k]);
-        for (int k = 1; k < parameters; ++k) p[k] = length > 0.0 ? p[k] / length : (k == 1 ? 1.0 : 0.0);
+        double n[Dimension];
+        for (int k = 0; k < Dimension; ++k) n[k] = p[k + 1];
+        bool const has_direction = scale_to_unit(n, Dimension);
+        for (int k = 0; k < Dimension; ++k) p[k + 1] = has_direction ? n[k] : (k == 0 ? 1.0 : 0.0);
     }
 
     template <class Real>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <datumfit/foundation/geometry/scale_to_unit.h>
 #include <datumfit/foundation/maths/lane_model.h>
 #include <datumfit/foundation/maths/vector.h>
 
@@ -51,8 +52,9 @@ struct ring_kernel {
 
     /// Gives the normal length 1; one of length 0 becomes the x axis.
     static void normalize(mlVector & p) {
-        double const length = std::hypot(p[3], p[4], p[5]);
-        for (int k = 3; k < 6; ++k) p[k] = length > 0.0 ? p[k] / length : (k == 3 ? 1.0 : 0.0);
+        double n[3] = {p[3], p[4], p[5]};
+        bool const has_direction = scale_to_unit(n, 3);
+        for (int k = 0; k < 3; ++k) p[3 + k] = has_direction ? n[k] : (k == 0 ? 1.0 : 0.0);
     }
 
     template <class Real>

@@ -23,8 +23,8 @@ public:
         return negative ? 0 : count;
     }
 
-    /// Assigns n elements in ascending order. With a null pointer, or a target that is not all within the buffer, copies
-    /// nothing.
+    /// Assigns n elements in ascending order. With a null pointer, or a target that is not all within the buffer,
+    /// copies nothing.
     void copy(T * to, T const * from, std::size_t n) const {
         if (from == nullptr || !holds(to, n)) {
             return;

@@ -15,14 +15,15 @@
 
 /// A dynamic array that grows when it is written beyond its end.
 ///
-/// It holds `capacity` default-constructed elements, of which `size` are in use. When an index does not fit, the capacity
-/// grows by the smallest whole number of steps that makes it fit: capacity 5 and step 10 grow to 15 for any index from 5
-/// to 14. The default step of 1 copies the array for each element appended, so many elements want a step, or reserve().
+/// It holds `capacity` default-constructed elements, of which `size` are in use. When an index does not fit, the
+/// capacity grows by the smallest whole number of steps that makes it fit: capacity 5 and step 10 grow to 15 for any
+/// index from 5 to 14. The default step of 1 copies the array for each element appended, so many elements want a step,
+/// or reserve().
 ///
-/// Where memory runs out, resize(), reserve(), expand() and shrink() return 0 and the elements stay; append() leaves the
-/// element out; a copy is empty; and writing beyond the end through operator[], which has no element to give, ends the
-/// program: reserve() first where that must not happen. Nothing throws. Indices are not checked: the caller keeps them
-/// at 0 or above, and the step at 1 or above.
+/// Where memory runs out, resize(), reserve(), expand() and shrink() return 0 and the elements stay; append() leaves
+/// the element out; a copy is empty; and writing beyond the end through operator[], which has no element to give, ends
+/// the program: reserve() first where that must not happen. Nothing throws. Indices are not checked: the caller keeps
+/// them at 0 or above, and the step at 1 or above.
 ///
 /// Growth moves the elements, so references to them end with it. No locks: growth needs exclusive access.
 template <class T>
@@ -57,7 +58,8 @@ public:
     T * data() { return data_; }
     T const * data() const { return data_; }
 
-    /// Element i. At or beyond the end the array is extended to i + 1 elements; those between keep what their slots hold.
+    /// Element i. At or beyond the end the array is extended to i + 1 elements; those between keep what their slots
+    /// hold.
     T & operator[](int i) {
         if (i >= size_) {
             if (i >= capacity_) {
@@ -76,8 +78,8 @@ public:
     void append(T const & x) {
         datumfit::internal::survives([&] {
             if (size_ >= capacity_) {
-                // A copy, as x may lie in the storage that goes. Besides, an x made for the call then stays in registers:
-                // nothing that is not inlined takes its address.
+                // A copy, as x may lie in the storage that goes. Besides, an x made for the call then stays in
+                // registers: nothing that is not inlined takes its address.
                 append_with_growth(T(x));
             } else {
                 data_[size_] = x;
@@ -107,8 +109,8 @@ public:
         return adopt(copied_storage(capacity, size_), capacity);
     }
 
-    /// Drops the elements from n on. When release is not 0 the capacity becomes n too, unless it is below n already; n 0
-    /// is clear(release). 1, or 0 without memory for the smaller storage: the larger one is kept then.
+    /// Drops the elements from n on. When release is not 0 the capacity becomes n too, unless it is below n already; n
+    /// 0 is clear(release). 1, or 0 without memory for the smaller storage: the larger one is kept then.
     int shrink(int n, int release);
 
     /// Drops all elements, and when release is not 0 the storage too.

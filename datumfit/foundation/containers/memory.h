@@ -29,5 +29,5 @@ std::unique_ptr<T[]> new_elements(int count) {
     return std::unique_ptr<T[]>(elements);
 }
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

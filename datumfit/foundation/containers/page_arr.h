@@ -15,13 +15,13 @@
 
 /// A paged array: it grows without moving its elements, so references to them survive.
 ///
-/// The elements lie in blocks of 2 to the power `shift` of them: element i in block i >> shift, at the position that the
-/// low bits of i tell. A table holds the addresses of the blocks; only the table is ever moved.
+/// The elements lie in blocks of 2 to the power `shift` of them: element i in block i >> shift, at the position that
+/// the low bits of i tell. A table holds the addresses of the blocks; only the table is ever moved.
 ///
 /// Where memory runs out, reserve(), expand(), shrink() and get_block() return 0, and so do copy(), copyin() and
-/// copyout() when an element can't be assigned; the array stays valid. append() leaves the element out; a copy is empty;
-/// and writing beyond the end through operator[], which has no element to give, ends the program: reserve() first where
-/// that must not happen. Nothing throws. Indices are not checked: the caller keeps them at 0 or above.
+/// copyout() when an element can't be assigned; the array stays valid. append() leaves the element out; a copy is
+/// empty; and writing beyond the end through operator[], which has no element to give, ends the program: reserve()
+/// first where that must not happen. Nothing throws. Indices are not checked: the caller keeps them at 0 or above.
 ///
 /// No locks: const reads may go on side by side, growth needs exclusive access.
 template <class T>
@@ -53,7 +53,8 @@ public:
     int block_size() const { return block_size_; }
     int shift() const { return shift_; }
 
-    /// Element i. At or beyond the end the array is extended to i + 1 elements; those between keep what their slots hold.
+    /// Element i. At or beyond the end the array is extended to i + 1 elements; those between keep what their slots
+    /// hold.
     T & operator[](int i) {
         if (i >= size_) {
             if (i >> shift_ >= blocks_) {
@@ -103,8 +104,8 @@ public:
     /// Drops all elements, and when release is not 0 all blocks and the table too.
     void clear(int release);
 
-    /// Drops the elements from n on, and when release is not 0 the blocks beyond them too. 1, or 0 when the table could not
-    /// be made smaller.
+    /// Drops the elements from n on, and when release is not 0 the blocks beyond them too. 1, or 0 when the table could
+    /// not be made smaller.
     int shrink(int n, int release);
 
     /// Becomes a copy of another array, with blocks of its size. Returns this array.
@@ -114,17 +115,17 @@ public:
     /// which grows as needed. The other may be this array, and the ranges may overlap. 1, or 0 without memory.
     int copy(coPageArr const & other, int n, int to, int from);
 
-    /// Copies n elements from position `from` of a plain array to position `to` of this one, which grows as needed. 1, or
-    /// 0 without memory.
+    /// Copies n elements from position `from` of a plain array to position `to` of this one, which grows as needed. 1,
+    /// or 0 without memory.
     int copyin(T const * source, int n, int to, int from);
 
-    /// Copies n elements, or as many as there are, from position `from` on to position `to` of a plain array. 1, or 0 when
-    /// an element could not be assigned.
+    /// Copies n elements, or as many as there are, from position `from` on to position `to` of a plain array. 1, or 0
+    /// when an element could not be assigned.
     int copyout(T * target, int n, int from, int to) const;
 
-    /// Gives back memory that an array of less than one block does not need: the one block left is as small a power of 2
-    /// as holds the elements. References to them end. Returns how many slots fewer the blocks have: 0 for a size of a block
-    /// or more, or without memory for the smaller block.
+    /// Gives back memory that an array of less than one block does not need: the one block left is as small a power of
+    /// 2 as holds the elements. References to them end. Returns how many slots fewer the blocks have: 0 for a size of a
+    /// block or more, or without memory for the smaller block.
     int repaginate();
 
 private:
@@ -171,8 +172,8 @@ private:
     int size_ = 0;
     int block_size_;
     int shift_;
-    utAnycoPageArrINTERNALcoDynArr table_; // as long as there are blocks
-    int current_index_ = -1;               // the block used last, -1 for none
+    utAnycoPageArrINTERNALcoDynArr table_;  // as long as there are blocks
+    int current_index_ = -1;                // the block used last, -1 for none
     T * current_block_ = nullptr;
 };
 

@@ -16,8 +16,9 @@ struct coPrfExternalDeleter {
 /// A shared handle on a T.
 ///
 /// A handle either owns its object together with its copies, and the last of them deletes it, or refers to one that is
-/// owned elsewhere and must outlive it. Handles count atomically, as std::shared_ptr does, to and from which they convert
-/// with one count. Where there is no memory for the count, the handle is empty, and an object handed over is deleted.
+/// owned elsewhere and must outlive it. Handles count atomically, as std::shared_ptr does, to and from which they
+/// convert with one count. Where there is no memory for the count, the handle is empty, and an object handed over is
+/// deleted.
 template <class T>
 class coPrf {
 public:

@@ -16,8 +16,8 @@ class sort_run {
 public:
     sort_run(coQuickSort const & order, void * array) : order_(order), array_(array) {}
 
-    /// Quick sort that turns to heap sort after `splits` nested divisions, which a fair division of the range never needs.
-    /// It calls itself on the shorter side only, so no deeper than log2 of the length.
+    /// Quick sort that turns to heap sort after `splits` nested divisions, which a fair division of the range never
+    /// needs. It calls itself on the shorter side only, so no deeper than log2 of the length.
     void sort(int lo, int hi, int splits) const {
         while (hi - lo > short_range) {
             if (splits == 0) {
@@ -61,14 +61,14 @@ private:
         return median(median_about(lo + 2 * step), median_about(lo + 5 * step), median_about(lo + 8 * step));
     }
 
-    /// Divides the range about a pivot, and gives the pivot's place. Hoare 1962: both scans stop at elements equal to the
-    /// pivot, so that equal elements divide evenly; and both stop at the ends, whatever the comparison says.
+    /// Divides the range about a pivot, and gives the pivot's place. Hoare 1962: both scans stop at elements equal to
+    /// the pivot, so that equal elements divide evenly; and both stop at the ends, whatever the comparison says.
     int divide(int lo, int hi) const {
         int const chosen = choose_pivot(lo, hi);
         if (chosen != lo) {
             swap(lo, chosen);
         }
-        void * const pivot = get(lo); // first in the range, where no swap below moves it
+        void * const pivot = get(lo);  // first in the range, where no swap below moves it
         int i = lo;
         int j = hi;
         for (;;) {
@@ -128,7 +128,7 @@ private:
     void * array_;
 };
 
-} // namespace
+}  // namespace
 
 void * coObjInterface::obj_create() const {
     return nullptr;
@@ -178,8 +178,7 @@ void coQuickSort::sort(void * array, int n) const {
     sort_run(*this, array).sort(0, n, splits);
 }
 
-doublecoQuickSortIndex::doublecoQuickSortIndex(doublecoPageArr const & values, intcoPageArr & index)
-    : values_(values) {
+doublecoQuickSortIndex::doublecoQuickSortIndex(doublecoPageArr const & values, intcoPageArr & index) : values_(values) {
     sort(&index, index.size());
 }
 

@@ -40,9 +40,10 @@ protected:
 
 /// A sort of whatever array a derived class can compare and swap: it supplies obj_compare, arr_get and arr_swap.
 ///
-/// The sort works in place, so the copies that its own slots stand for are never made. It takes at most a constant times
-/// n log n comparisons and swaps, whatever the order at the start, and stays within its range also when the comparison
-/// contradicts itself. The same input gives the same order, but equal elements may change places. Musser 1997.
+/// The sort works in place, so the copies that its own slots stand for are never made. It takes at most a constant
+/// times n log n comparisons and swaps, whatever the order at the start, and stays within its range also when the
+/// comparison contradicts itself. The same input gives the same order, but equal elements may change places. Musser
+/// 1997.
 class coQuickSort : public coObjInterface, public coArrInterface {
 public:
     /// The object itself: nothing is copied.
@@ -57,8 +58,8 @@ public:
 /// Sorts an array of indices by the values that they point at: its constructor does the work.
 class doublecoQuickSortIndex : public coQuickSort {
 public:
-    /// Brings the indices that the array holds, all or some of those of the values and in any order, into ascending order
-    /// of their values, NaNs behind all numbers. Equal values come in ascending order of their indices.
+    /// Brings the indices that the array holds, all or some of those of the values and in any order, into ascending
+    /// order of their values, NaNs behind all numbers. Equal values come in ascending order of their indices.
     doublecoQuickSortIndex(doublecoPageArr const & values, intcoPageArr & index);
 
     int obj_compare(void * a, void * b) const override;

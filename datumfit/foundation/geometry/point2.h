@@ -5,6 +5,8 @@
 #include <datumfit/foundation/geometry/length.h>
 #include <datumfit/foundation/geometry/vector2.h>
 
+#include <cmath>
+
 class giPoint3;
 
 enum giOriginTag { giOrigin };

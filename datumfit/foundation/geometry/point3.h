@@ -7,6 +7,8 @@
 #include <datumfit/foundation/geometry/point2.h>
 #include <datumfit/foundation/geometry/vector3.h>
 
+#include <cmath>
+
 /// A point in space.
 ///
 /// It is not set (invalid) when x is the most negative double, or when any coordinate is the largest one. The point

@@ -18,18 +18,11 @@ three_rows transposed(three_rows const & a) {
             giVector3(a.x.z(), a.y.z(), a.z.z())};
 }
 
-// Rows that are perpendicular unit vectors but for the rounding of a rotation or of a product of two.
-bool is_orthonormal(three_rows const & a) {
-    double const rounding = 8.0 * epsilon;
-    return std::abs(a.x.dot(a.x) - 1.0) <= rounding && std::abs(a.x.dot(a.y)) <= rounding &&
-           std::abs(a.y.dot(a.y) - 1.0) <= rounding && std::abs(a.y.dot(a.z)) <= rounding &&
-           std::abs(a.z.dot(a.z) - 1.0) <= rounding && std::abs(a.z.dot(a.x)) <= rounding;
-}
-
-// A power of two that brings the greatest coordinate of a row into [1, 2); 0 for a row that no factor can help.
+// A power of two that brings the greatest coordinate of a row into [1, 2); 0 for a row that is not finite or too short
+// for an inverse in the range of doubles.
 double power_of_two_for(giVector3 const & row) {
     double const greatest = std::fmax(std::abs(row.x()), std::fmax(std::abs(row.y()), std::abs(row.z())));
-    if (!(greatest >= std::numeric_limits<double>::min()) || !std::isfinite(greatest)) return 0.0;
+    if (greatest < 0x1p-960 || !std::isfinite(greatest)) return 0.0;
     return std::scalbn(1.0, -std::ilogb(greatest));
 }
 
@@ -46,16 +39,9 @@ bool invert(three_rows const & a, three_rows & inverse) {
     return true;
 }
 
-// 1 - cos without the cancellation near 0.
-double versine(giAngle const & angle) {
-    double const s = angle.sin(), c = angle.cos();
-    return c > 0.0 ? s * s / (1.0 + c) : 1.0 - c;
-}
-
-// The rotation about an axis through the origin (Rodrigues), with 1 - v (y y + z z) in place of c + v x x, which keeps
-// the digits of small angles.
+// The rotation about an axis through the origin (Rodrigues).
 three_rows rotation(giUnitVec3 const & axis, giAngle const & angle) {
-    double const s = angle.sin(), v = versine(angle), x = axis.x(), y = axis.y(), z = axis.z();
+    double const s = angle.sin(), v = 1.0 - angle.cos(), x = axis.x(), y = axis.y(), z = axis.z();
     return {giVector3(1.0 - v * (y * y + z * z), v * x * y - s * z, v * x * z + s * y),
             giVector3(v * x * y + s * z, 1.0 - v * (x * x + z * z), v * y * z - s * x),
             giVector3(v * x * z - s * y, v * y * z + s * x, 1.0 - v * (x * x + y * y))};
@@ -90,9 +76,8 @@ giXform3::giXform3(giXformIdentityTag) : giXform3(giAxisX, giAxisY, giAxisZ, giV
 giXform3::giXform3(giXformInverseTag, giXform3 const & x) : giXform3(x) {
     if (state_ != general) return;
     set_invalid();
-    three_rows const a{x.row(0), x.row(1), x.row(2)};
-    three_rows inverse = transposed(a);
-    if (!is_orthonormal(a) && !invert(a, inverse)) return;
+    three_rows inverse;
+    if (!invert({x.row(0), x.row(1), x.row(2)}, inverse)) return;
     *this = giXform3(inverse.x, inverse.y, inverse.z, -inverse.times(x.column(3)));
 }
 
@@ -115,7 +100,7 @@ giXform3::giXform3(giXformRotateTag, giPoint3 const & point, giUnitVec3 const & 
     : giXform3() {
     if (point.invalid() || axis.invalid()) return;
     three_rows const r = rotation(axis, angle);
-    // t = p - R p, from the rounded R and without the cancellation of p, so that p stays where it is.
+    // t = p - R p as (1 - R) p, from the rounded R: p stays where it is, and of a small turn no digit is lost.
     three_rows const turn{r.x - giVector3(giAxisX), r.y - giVector3(giAxisY), r.z - giVector3(giAxisZ)};
     *this = giXform3(r.x, r.y, r.z, -turn.times(point.release()));
 }

@@ -16,8 +16,8 @@ public:
     giXform3() : state_(unset) { matrix_.set_invalid(); }
     giXform3(giXformIdentityTag);
 
-    /// The inverse: by transposition where A is orthonormal to rounding, else by cofactors. Invalid when A is singular,
-    /// that is, when its rows leave less than rounding of the volume that they would span at right angles.
+    /// The inverse, by cofactors. Invalid when A is singular, that is, when its rows leave less than rounding of the
+    /// volume that they would span at right angles.
     giXform3(giXformInverseTag, giXform3 const & x);
 
     /// The product a b: b acts first.

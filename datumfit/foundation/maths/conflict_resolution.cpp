@@ -1,5 +1,5 @@
 #include <datumfit/foundation/maths/conflict_resolution.h>
-#include <datumfit/foundation/maths/convex_quadratic.h>
+
 #include <datumfit/foundation/maths/hitting_set.h>
 
 #include <algorithm>
@@ -11,13 +11,9 @@ namespace internal {
 
 namespace {
 
-// Where the exact search ends. Within, it takes some ten milliseconds at most.
-constexpr int most_conflicts = 100;
+// Where the search for the fewest rows ends. Within, it takes some ten milliseconds at most.
+constexpr std::size_t most_conflicts = 100;
 constexpr int most_trials = 5000;
-
-void insert(std::vector<int> & ascending, int row) {
-    ascending.insert(std::lower_bound(ascending.begin(), ascending.end(), row), row);
-}
 
 // The rows of a conflict that may go: those that are not kept, or all when they are.
 std::vector<int> candidates(std::vector<int> const & conflict, std::vector<int> const & kept) {
@@ -27,57 +23,58 @@ std::vector<int> candidates(std::vector<int> const & conflict, std::vector<int> 
     return found.empty() ? conflict : found;
 }
 
-// The row of the last conflict that is in most conflicts, of equals the latest.
-int most_involved(std::vector<std::vector<int>> const & conflicts) {
-    int found = -1;
-    std::ptrdiff_t most = 0;
-    for (int const row : conflicts.back()) {
-        std::ptrdiff_t const count =
-            std::count_if(conflicts.begin(), conflicts.end(), [row](std::vector<int> const & conflict) {
-                return std::binary_search(conflict.begin(), conflict.end(), row);
-            });
-        if (count >= most) {
-            most = count;
-            found = row;
-        }
+// Leaves out the rows of `chosen` in the place of those of `given_up`.
+void exchange(dual_active_set & solver, std::vector<int> & given_up, std::vector<int> const & chosen) {
+    for (int const row : given_up) {
+        if (!std::binary_search(chosen.begin(), chosen.end(), row)) solver.take_back(row);
     }
-    return found;
+    for (int const row : chosen) {
+        if (!std::binary_search(given_up.begin(), given_up.end(), row)) solver.leave_out(row);
+    }
+    given_up = chosen;
 }
 
-std::vector<int> both(std::vector<int> const & a, std::vector<int> const & b) {
-    std::vector<int> all = a;
-    all.insert(all.end(), b.begin(), b.end());
-    return all;
+// Takes back, one after the other, rows that can be met after all. False when the solver stalls.
+bool take_back(dual_active_set & solver, std::vector<int> & given_up) {
+    std::vector<int> lost;
+    for (int const row : given_up) {
+        solver.take_back(row);
+        if (solver.run() == dual_active_set::solved) continue;
+        solver.leave_out(row);
+        lost.push_back(row);
+        if (solver.run() != dual_active_set::solved) return false;
+    }
+    given_up = lost;
+    return true;
 }
 
-} // namespace
+}  // namespace
 
-bool give_up_fewest(dual_active_set & solver, mlVector const & from, std::vector<int> const & ignored,
-                    std::vector<int> const & kept, std::vector<int> & given_up, mlVector & x) {
-    convex_quadratic const distance(from);
+bool give_up_fewest(dual_active_set & solver, std::vector<int> const & kept, std::vector<int> & given_up) {
     std::vector<std::vector<int>> conflicts;
+    std::vector<int> involved(kept.size());  // in how many conflicts each row is
     int effort = most_trials;
     bool fewest = true;
     given_up.clear();
     for (;;) {
-        dual_active_set::outcome const outcome = solver.minimise(distance, both(ignored, given_up), x);
+        dual_active_set::outcome const outcome = solver.run();
         if (outcome == dual_active_set::stalled) return false;
-        if (outcome == dual_active_set::solved) break;
-        conflicts.push_back(candidates(solver.conflict(), kept));
-        fewest = fewest && conflicts.size() <= most_conflicts && find_smallest_hitting_set(conflicts, effort, given_up);
-        if (!fewest) insert(given_up, most_involved(conflicts));
-    }
-    for (std::size_t k = 0; k < given_up.size() && !fewest;) {
-        std::vector<int> fewer = given_up;
-        fewer.erase(fewer.begin() + static_cast<std::ptrdiff_t>(k));
-        if (solver.minimise(distance, both(ignored, fewer), x) == dual_active_set::solved) {
-            given_up = fewer;
-        } else {
-            ++k;
+        if (outcome == dual_active_set::solved) return fewest || take_back(solver, given_up);
+        std::vector<int> const conflict = candidates(solver.conflict(), kept);
+        for (int const row : conflict) ++involved.data()[row];
+        std::vector<int> chosen = given_up;
+        if (fewest) {
+            conflicts.push_back(conflict);
+            fewest = conflicts.size() <= most_conflicts && find_smallest_hitting_set(conflicts, effort, chosen);
         }
+        if (!fewest) {
+            int const most = *std::max_element(conflict.rbegin(), conflict.rend(),
+                                               [&](int a, int b) { return involved.data()[a] < involved.data()[b]; });
+            chosen.insert(std::lower_bound(chosen.begin(), chosen.end(), most), most);
+        }
+        exchange(solver, given_up, chosen);
     }
-    return true;
 }
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

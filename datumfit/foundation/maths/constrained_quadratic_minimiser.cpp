@@ -9,19 +9,15 @@
 #include <cstddef>
 #include <iterator>
 
-using namespace datumfit::internal;
-
 namespace {
+
+using datumfit::internal::convex_quadratic;
+using datumfit::internal::dual_active_set;
+using datumfit::internal::give_up_fewest;
+using datumfit::internal::met_share;
 
 bool all_finite(mlVector const & v) {
     return std::all_of(v.data(), v.data() + v.dimension(), [](double x) { return std::isfinite(x); });
-}
-
-// Whether the sum of squares can be had in doubles, after scaling of a row by its greatest number.
-bool has_finite_length(double const * row, int n) {
-    double sum = 0.0;
-    for (int j = 0; j < n; ++j) sum += std::abs(row[j]);
-    return std::isfinite(sum);
 }
 
 void assign(intcoDynArr & list, std::vector<int> const & numbers) {
@@ -30,7 +26,7 @@ void assign(intcoDynArr & list, std::vector<int> const & numbers) {
     for (int const number : numbers) list.append(number);
 }
 
-} // namespace
+}  // namespace
 
 mlConstrainedQuadraticMinimiser::mlConstrainedQuadraticMinimiser(mlMatrix const & K, mlVector const & d, int drop)
     : valid_(are_valid(K, d)), rows_(valid_ ? K : mlMatrix(), d), drop_(drop),
@@ -39,7 +35,9 @@ mlConstrainedQuadraticMinimiser::mlConstrainedQuadraticMinimiser(mlMatrix const 
 int mlConstrainedQuadraticMinimiser::are_valid(mlMatrix const & K, mlVector const & d) {
     if (K.rows() != d.dimension() || !all_finite(d)) return 0;
     for (int i = 0; i < K.rows(); ++i) {
-        if (K.cols() == 0 || !has_finite_length(K.row_data(i), K.cols())) return 0;
+        double squares = 0.0;
+        for (int j = 0; j < K.cols(); ++j) squares += K(i, j) * K(i, j);
+        if (K.cols() == 0 || !std::isfinite(squares)) return 0;
     }
     return 1;
 }
@@ -52,18 +50,24 @@ void mlConstrainedQuadraticMinimiser::keep(int row) {
 
 int mlConstrainedQuadraticMinimiser::stage1(mlVector & x) {
     if (!fits(x)) return 0;
-    std::vector<int> ignored, given_up;
+    std::vector<int> lost;  // without hope, or removed before
     std::set_union(removed_.begin(), removed_.end(), rows_.hopeless().begin(), rows_.hopeless().end(),
-                   std::back_inserter(ignored));
-    bool const hopeless = ignored.size() > removed_.size();
-    dual_active_set solver(rows_, x.dimension());
-    if (!drop_) return !hopeless && solver.minimise(convex_quadratic(x), ignored, x) == dual_active_set::solved;
-    if (!give_up_fewest(solver, mlVector(x), ignored, rows_to_keep(x), given_up, x)) return 0;
-    bool const feasible = !hopeless && given_up.empty();
-    given_up.insert(given_up.end(), ignored.begin(), ignored.end());
-    std::sort(given_up.begin(), given_up.end());
-    assign(overdetermined_, given_up);
-    return feasible;
+                   std::back_inserter(lost));
+    bool const hopeless = lost.size() > removed_.size();
+    convex_quadratic const distance(x);
+    dual_active_set solver(rows_, distance);
+    for (int const row : lost) solver.leave_out(row);
+    std::vector<int> given_up;
+    if (drop_) {
+        if (!give_up_fewest(solver, rows_to_keep(x), given_up)) return 0;
+        std::vector<int> overdetermined;
+        std::merge(lost.begin(), lost.end(), given_up.begin(), given_up.end(), std::back_inserter(overdetermined));
+        assign(overdetermined_, overdetermined);
+    } else if (hopeless || solver.run() != dual_active_set::solved) {
+        return 0;
+    }
+    x = solver.x();
+    return !hopeless && given_up.empty();
 }
 
 void mlConstrainedQuadraticMinimiser::delete_overdetermined_constraints() {
@@ -72,12 +76,16 @@ void mlConstrainedQuadraticMinimiser::delete_overdetermined_constraints() {
 
 int mlConstrainedQuadraticMinimiser::stage2(mlMatrix const & A, mlVector const & g, mlVector & x) {
     int const n = x.dimension();
-    if (!fits(x) || A.rows() != n || A.cols() != n || g.dimension() != n || !all_finite(g)) return 0;
+    if (!fits(x) || A.rows() != n || A.cols() != n || g.dimension() != n) return 0;
     std::vector<int> const & hopeless = rows_.hopeless();
     if (!std::includes(removed_.begin(), removed_.end(), hopeless.begin(), hopeless.end())) return 0;
     convex_quadratic const f(A, g, x);
     if (!f.valid()) return 0;
-    return dual_active_set(rows_, n).minimise(f, removed_, x) == dual_active_set::solved;
+    dual_active_set solver(rows_, f);
+    for (int const row : removed_) solver.leave_out(row);
+    if (solver.run() != dual_active_set::solved) return 0;
+    x = solver.x();
+    return 1;
 }
 
 int mlConstrainedQuadraticMinimiser::solve(mlMatrix const & A, mlVector const & g, mlVector & x) {
@@ -98,7 +106,8 @@ void mlConstrainedQuadraticMinimiser::append_constraint_indices(intcoDynArr & li
     std::vector<int> merged;
     int listed = 0;
     for (int const index : added) {
-        for (; listed < list.size() && list.read(listed) <= index + listed; ++listed) merged.push_back(list.read(listed));
+        for (; listed < list.size() && list.read(listed) <= index + listed; ++listed)
+            merged.push_back(list.read(listed));
         merged.push_back(index + listed);
     }
     merged.insert(merged.end(), list.data() + listed, list.data() + list.size());

@@ -11,9 +11,9 @@
 ///
 /// Stage 1 finds a feasible point, stage 2 the minimum. A row counts as met when K x falls short of d by no more than
 /// 1e-12 of |row| |x| + |d|; its scale does not matter. Rows may be parallel, repeated and in any number at a vertex. A
-/// conflict of less than 1e-12 in the unit of x is rounding, and none. A row shorter than 1e-14 of the longest one counts
-/// as zero: no x changes it, so that with d up to 1e-12 it is met and with a greater d it is in conflict by itself. So
-/// is a row whose bound d / |row| is above 1e100, and one whose bound is below -1e100 is always met.
+/// conflict of less than 1e-12 in the unit of x is rounding, and none. A row shorter than 1e-14 of the longest one
+/// counts as zero: no x changes it, so that with d up to 1e-12 it is met and with a greater d it is in conflict by
+/// itself. So is a row whose bound d / |row| is above 1e100, and one whose bound is below -1e100 is always met.
 ///
 /// Rows that cannot be met together are in conflict, and some may be given up, if `drop` is not 0:
 /// - As few as possible, and of equally few the later ones: the first row given up comes as late as can be, then the
@@ -34,30 +34,31 @@ public:
     /// The row of this number is not to be given up for one that is not kept.
     void keep(int row);
 
-    /// Moves x to the nearest point that meets all rows; an x that meets them stays as it is. 1, or 0 when there is none:
-    /// with drop 0 x is untouched then. Otherwise the rows to give up are now listed in overdetermined_constraints(), and x
-    /// moves to the nearest point that meets all others. 0 with x untouched also when x does not fit the constraints.
+    /// Moves x to the nearest point that meets all rows; an x that meets them stays as it is. 1, or 0 when there is
+    /// none: with drop 0 x is untouched then. Otherwise the rows to give up are now listed in
+    /// overdetermined_constraints(), and x moves to the nearest point that meets all others. 0 with x untouched also
+    /// when x does not fit the constraints.
     int stage1(mlVector & x);
 
     /// Removes the rows that the last stage 1 listed.
     void delete_overdetermined_constraints();
 
-    /// Moves x, which meets the rows, to the minimum under those that have not been removed. A is symmetric and positive
-    /// semidefinite; directions in which it does not curve (eigenvalues up to 1e-12 of the greatest) are moved along only
-    /// as far as rows ask for it, whatever g is there. 1, or 0 with x untouched when the rows cannot be met, sizes
-    /// disagree or numbers are not finite.
+    /// Moves x, which meets the rows, to the minimum under those that have not been removed. A is symmetric and
+    /// positive semidefinite; directions in which it does not curve (eigenvalues up to 1e-12 of the greatest) are moved
+    /// along only as far as rows ask for it, whatever g is there. 1, or 0 with x untouched when the rows cannot be met,
+    /// sizes disagree or numbers are not finite.
     int stage2(mlMatrix const & A, mlVector const & g, mlVector & x);
 
-    /// Both stages, from an x that is zero on entry, with the removal of rows in between when there is need and drop is not
-    /// 0. 1, or 0 with x untouched when there is no minimum to be had.
+    /// Both stages, from an x that is zero on entry, with the removal of rows in between when there is need and drop is
+    /// not 0. 1, or 0 with x untouched when there is no minimum to be had.
     int solve(mlMatrix const & A, mlVector const & g, mlVector & x);
 
     /// The numbers of the rows that are removed, or listed by the last stage 1 to be removed: those of K, ascending.
     intcoDynArr const & overdetermined_constraints() const { return overdetermined_; }
 
-    /// Adds `indices` to a list of constraints given up, ascending without repeats, which stays so. The minimiser that they
-    /// come from had no rows for the constraints already on the list: row i was the i-th of those not on it. Its number
-    /// among all constraints is what goes on the list.
+    /// Adds `indices` to a list of constraints given up, ascending without repeats, which stays so. The minimiser that
+    /// they come from had no rows for the constraints already on the list: row i was the i-th of those not on it. Its
+    /// number among all constraints is what goes on the list.
     static void append_constraint_indices(intcoDynArr & list, intcoDynArr const & indices);
 
 private:
@@ -67,8 +68,8 @@ private:
     int valid_;
     datumfit::internal::half_spaces rows_;
     int drop_;
-    std::vector<int> kept_; // for each row, 1 when it was named to keep()
+    std::vector<int> kept_;  // for each row, 1 when it was named to keep()
     bool keeps_named_ = false;
-    std::vector<int> removed_; // ascending
+    std::vector<int> removed_;  // ascending
     intcoDynArr overdetermined_;
 };

@@ -13,8 +13,8 @@ namespace {
 // Eigenvalues up to this share of the greatest are rounding: a sum over thousands of points leaves 1e-13 of it.
 constexpr double idle_share = 1e-12;
 
-// Slopes up to this share of their terms are what such eigenvalues give where the minimum is less than 1e6 times farther
-// off along them than along others.
+// Slopes up to this share of their terms are what such eigenvalues give where the minimum is less than 1e6 times
+// farther off along them than along others.
 constexpr double flat_share = 1e-6;
 
 // The curvature that H has in idle directions, as a share of the greatest. Rounding of a row, 1e-16 of it, draws the
@@ -40,11 +40,11 @@ void remove_components(mlMatrix const & units, mlVector & v) {
     }
 }
 
-} // namespace
+}  // namespace
 
 convex_quadratic::convex_quadratic(mlVector const & centre)
     : centre_(centre), slope_(mlVectorZero, centre.dimension()), curvature_(mlMatrixIdentity, centre.dimension()),
-      spread_(mlMatrixIdentity, centre.dimension()) {}
+      spread_(mlMatrixIdentity, centre.dimension()), slope_size_(length(centre.data(), centre.dimension())) {}
 
 convex_quadratic::convex_quadratic(mlMatrix const & A, mlVector const & g, mlVector const & centre)
     : centre_(centre), slope_(mlMatrixProduct, A, centre), curvature_(A) {
@@ -85,11 +85,5 @@ void convex_quadratic::gradient(mlVector const & x, mlVector & gradient) const {
     remove_components(flat_, gradient);
 }
 
-double convex_quadratic::gradient_size(mlVector const & x) const {
-    double squares = 0.0;
-    for (int j = 0; j < unknowns(); ++j) squares += (x[j] - centre_[j]) * (x[j] - centre_[j]);
-    return slope_size_ + curvature_size_ * std::sqrt(squares);
-}
-
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

@@ -26,18 +26,18 @@ public:
 
     void gradient(mlVector const & x, mlVector & gradient) const;
 
-    /// The size of the terms that make up the gradient at x: its rounding is some 1e-16 of that.
-    double gradient_size(mlVector const & x) const;
+    /// The size of the terms that make up the gradient at an x of this size: its rounding is some 1e-16 of that.
+    double gradient_size(double size) const { return slope_size_ + curvature_size_ * size; }
 
     /// Its rows t are as many as unknowns, and the sum of t tᵀ is the inverse of H.
     mlMatrix const & spread() const { return spread_; }
 
 private:
-    mlVector centre_, slope_; // the slope is the gradient at the centre
-    double slope_size_ = 0.0, curvature_size_ = 1.0; // of the terms of the slope, and of A
+    mlVector centre_, slope_;  // the slope is the gradient at the centre
     mlMatrix curvature_, spread_;
-    mlMatrix flat_; // rows of unit length: the idle directions along which there is no slope
+    double slope_size_, curvature_size_ = 1.0;  // of the terms of the slope, and of A
+    mlMatrix flat_;  // rows of unit length: the idle directions along which there is no slope
 };
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

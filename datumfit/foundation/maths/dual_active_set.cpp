@@ -49,61 +49,55 @@ struct rotation {
     }
 };
 
-} // namespace
+}  // namespace
 
-dual_active_set::dual_active_set(half_spaces const & rows, int unknowns)
-    : rows_(rows), n_(unknowns), row_(static_cast<std::size_t>(unknowns)), bound_(mlVectorZero, n_),
-      multiplier_(mlVectorZero, n_), J_(n_, n_), R_(n_, n_), N_(n_, n_), x_(mlVectorZero, n_),
+dual_active_set::dual_active_set(half_spaces const & rows, convex_quadratic const & f)
+    : rows_(rows), f_(f), n_(f.unknowns()), values_(rows.values()), row_(static_cast<std::size_t>(n_)),
+      bound_(mlVectorZero, n_), multiplier_(mlVectorZero, n_), J_(f.spread()), R_(n_, n_), N_(n_, n_), x_(f.centre()),
       gradient_(mlVectorZero, n_), normal_(mlVectorZero, n_), image_(mlVectorZero, n_), step_(mlVectorZero, n_),
-      share_(mlVectorZero, n_) {}
+      share_(mlVectorZero, n_) {
+    reach_ = length(x_.data(), n_);
+    descend();
+}
 
-dual_active_set::outcome dual_active_set::minimise(convex_quadratic const & f, std::vector<int> const & ignored,
-                                                   mlVector & x) {
-    // Far more steps than any set of rows was seen to need; 50 are many.
+void dual_active_set::leave_out(int row) {
+    for (int k = active_ - 1; k >= 0; --k) {
+        if (row_.data()[k] == row) drop(k);
+    }
+    values_.data()[row] = -HUGE_VAL;
+}
+
+dual_active_set::outcome dual_active_set::run() {
+    // Far more steps than any set of rows was seen to need; 60 are many.
     int const most_steps = 500 + 50 * n_;
-    start(f, ignored);
-    bool settled = false;
+    lenience_ = 1.0;
+    bool settled = settle();
     for (int step = 0; step < most_steps; ++step) {
+        reach_ = std::max(reach_, length(x_.data(), n_));
         half_spaces::reading const worst = rows_.worst(values_, x_.data());
-        if (worst.violation > tolerance()) {
+        if (worst.violation > met_share * size()) {
             admission const result = admit(worst.row);
             if (result == conflicting) return infeasible;
-            settled = result == relaxed && settle(f);
+            settled = result == relaxed && settle();
         } else if (!settled) {
-            settled = settle(f);
-        } else if (std::isfinite(length(x_.data(), n_))) {
-            x = x_;
-            return solved;
+            settled = settle();
         } else {
-            break;
+            return std::isfinite(length(x_.data(), n_)) ? solved : stalled;
         }
     }
     return stalled;
 }
 
-// Goes to the free minimum, with no row active.
-void dual_active_set::start(convex_quadratic const & f, std::vector<int> const & ignored) {
-    active_ = 0;
-    lenience_ = 1.0;
-    values_ = rows_.values();
-    for (int const row : ignored) values_.data()[row] = -HUGE_VAL;
-    J_ = f.spread();
-    x_ = f.centre();
-    reach_ = length(x_.data(), n_);
-    descend(f);
-    reach_ += length(x_.data(), n_);
-}
-
-// What a row may be short of: the rounding of n * x, and of what has come from afar to nearly 0.
-double dual_active_set::tolerance() const {
-    return met_share * (length(x_.data(), n_) + met_share * reach_);
+// |x|, or where x has come from afar to nearly 0, the size that rounding has left it.
+double dual_active_set::size() const {
+    return length(x_.data(), n_) + met_share * reach_;
 }
 
 // Makes the violated row active.
 dual_active_set::admission dual_active_set::admit(int row) {
     rows_.copy_normal(row, normal_.data());
     double multiplier = 0.0;
-    for (;;) { // each round but the last lets an active row go
+    for (;;) {  // each round but the last lets an active row go
         resolve();
         double const violation = std::max(values_.data()[row] - dot(normal_.data(), x_.data(), n_), 0.0);
         int const leaving = first_to_leave();
@@ -139,8 +133,8 @@ void dual_active_set::resolve() {
     }
 }
 
-// Whether the normal is a combination of the active ones by their shares. Told in the space of x: in that of J, which is
-// stretched, normals that differ may look alike.
+// Whether the normal is a combination of the active ones by their shares. Told in the space of x: in that of J, which
+// is stretched, normals that differ may look alike.
 bool dual_active_set::depends() const {
     if (active_ == n_) return true;
     double rest = 0.0, shares = 0.0;
@@ -168,8 +162,8 @@ int dual_active_set::first_to_leave() const {
     return found;
 }
 
-// The row is the opposite of a sum of active ones, so that they cannot be met together; rounding apart, for which all of
-// them give way.
+// The row is the opposite of a sum of active ones, so that they cannot be met together; rounding apart, for which all
+// of them give way.
 dual_active_set::admission dual_active_set::meet_conflict(int row, double violation) {
     double shares = 1.0;
     conflict_.assign(1, row);
@@ -180,9 +174,9 @@ dual_active_set::admission dual_active_set::meet_conflict(int row, double violat
     }
     std::sort(conflict_.begin(), conflict_.end());
     double const gap = violation / shares;
-    double const rounding = met_share * length(x_.data(), n_);
+    double const rounding = met_share * size();
     if (gap > std::max(negligible_gap, rounding)) return conflicting;
-    double const way = std::max(gap, 0.1 * rounding); // no less than shows in a value
+    double const way = std::max(gap, 0.1 * rounding);  // no less than shows in a value
     values_.data()[row] -= way;
     for (int k = 0; k < active_; ++k) bound_[k] -= share_[k] < -no_share ? way : 0.0;
     return relaxed;
@@ -214,7 +208,7 @@ void dual_active_set::drop(int k) {
         bound_[j] = bound_[j + 1];
         row_.data()[j] = row_.data()[j + 1];
     }
-    for (int i = k; i < active_; ++i) { // clears what is left below the diagonal
+    for (int i = k; i < active_; ++i) {  // clears what is left below the diagonal
         rotation const turn(R_(i, i), R_(i + 1, i));
         for (int j = i; j < active_; ++j) turn.apply(R_(i, j), R_(i + 1, j));
         for (int j = 0; j < n_; ++j) turn.apply(J_(i, j), J_(i + 1, j));
@@ -222,20 +216,20 @@ void dual_active_set::drop(int k) {
 }
 
 // Brings x to the minimum on the active rows, letting go of those that do not hold it. False while x still slides.
-bool dual_active_set::settle(convex_quadratic const & f) {
+bool dual_active_set::settle() {
     // A row that rounding lets go and takes in again in turn stays in the end.
     lenience_ *= 2.0;
     for (;;) {
-        for (int pass = 0; pass < 2; ++pass) { // the second takes away the rounding of the first
+        for (int pass = 0; pass < 2; ++pass) {  // the second takes away the rounding of the first
             return_to_rows();
-            descend(f);
+            descend();
         }
-        f.gradient(x_, gradient_);
+        f_.gradient(x_, gradient_);
         read_multipliers();
         double * const first = multiplier_.data();
         double * const last = first + active_;
         double * const least = std::min_element(first, last);
-        if (least == last || *least >= -lenience_ * slope_share * f.gradient_size(x_)) return descended(f);
+        if (least == last || *least >= -lenience_ * slope_share * f_.gradient_size(size())) return descended();
         drop(static_cast<int>(least - first));
     }
 }
@@ -250,8 +244,8 @@ void dual_active_set::return_to_rows() {
 }
 
 // Goes along the active rows to where H has the minimum on them.
-void dual_active_set::descend(convex_quadratic const & f) {
-    f.gradient(x_, gradient_);
+void dual_active_set::descend() {
+    f_.gradient(x_, gradient_);
     for (int k = active_; k < n_; ++k) image_[k] = dot(J_.row_data(k), gradient_.data(), n_);
     for (int k = active_; k < n_; ++k) add(-image_[k], J_.row_data(k), x_.data(), n_);
 }
@@ -266,14 +260,14 @@ void dual_active_set::read_multipliers() {
 }
 
 // Whether no slope is left along the active rows. One that A does not curve takes more than a step of H.
-bool dual_active_set::descended(convex_quadratic const & f) const {
-    double const size = slope_share * f.gradient_size(x_);
+bool dual_active_set::descended() const {
+    double const flat = slope_share * f_.gradient_size(size());
     for (int k = active_; k < n_; ++k) {
         double const * const along = J_.row_data(k);
-        if (std::abs(dot(along, gradient_.data(), n_)) > size * length(along, n_)) return false;
+        if (std::abs(dot(along, gradient_.data(), n_)) > flat * length(along, n_)) return false;
     }
     return true;
 }
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

@@ -24,21 +24,27 @@ class dual_active_set {
 public:
     enum outcome { solved, infeasible, stalled };
 
-    /// For these half spaces, which must outlive it, and so many unknowns.
-    dual_active_set(half_spaces const & rows, int unknowns);
+    /// From the free minimum of f under all the rows; both must outlive this.
+    dual_active_set(half_spaces const & rows, convex_quadratic const & f);
 
-    /// Writes the minimum over the rows, without the ignored ones, to x. infeasible: conflict() tells why. stalled: there
-    /// is no minimum, or it is beyond the range of doubles. x is written only when solved.
-    outcome minimise(convex_quadratic const & f, std::vector<int> const & ignored, mlVector & x);
+    /// Takes a row out of force, or back into force. The next run goes on from where the last one ended.
+    void leave_out(int row);
+    void take_back(int row) { values_.data()[row] = rows_.values().data()[row]; }
 
-    /// Rows that cannot be met together, ascending, after `infeasible`: at most one more than the unknowns.
+    /// Goes to the minimum over the rows in force. infeasible: conflict() tells why. stalled: there is no minimum, or
+    /// it lies beyond the range of doubles.
+    outcome run();
+
+    /// The minimum, when solved.
+    mlVector const & x() const { return x_; }
+
+    /// Rows that cannot be met together, ascending, when infeasible: at most one more than the unknowns.
     std::vector<int> const & conflict() const { return conflict_; }
 
 private:
     enum admission { active, relaxed, conflicting };
 
-    void start(convex_quadratic const & f, std::vector<int> const & ignored);
-    double tolerance() const;
+    double size() const;
     admission admit(int row);
     void resolve();
     bool depends() const;
@@ -46,18 +52,19 @@ private:
     admission meet_conflict(int row, double violation);
     void push(int row, double multiplier);
     void drop(int k);
-    bool settle(convex_quadratic const & f);
+    bool settle();
     void return_to_rows();
-    void descend(convex_quadratic const & f);
+    void descend();
     void read_multipliers();
-    bool descended(convex_quadratic const & f) const;
+    bool descended() const;
 
     half_spaces const & rows_;
+    convex_quadratic const & f_;
     int n_;
-    std::vector<double> values_; // of the rows: -infinity while a row is active
+    std::vector<double> values_;  // of the rows: -infinity while a row is active or out of force
     std::vector<int> conflict_;
-    double reach_ = 0.0;    // how far away rounding may have come from
-    double lenience_ = 1.0; // by what factor more than rounding a multiplier may be negative
+    double reach_ = 0.0;     // the greatest |x| so far
+    double lenience_ = 1.0;  // by what factor more than rounding a multiplier may be negative
 
     // The active rows: how many, and of each its number, value and multiplier.
     int active_ = 0;
@@ -68,11 +75,11 @@ private:
     // the first rows of J move x off the active rows, the others along them.
     mlMatrix J_, R_, N_;
     mlVector x_, gradient_;
-    mlVector normal_; // of a row to be taken in,
-    mlVector image_;  // J_k · normal,
-    mlVector step_;   // the move of x for a unit of its multiplier,
-    mlVector share_;  // and the part of it that each active row gives
+    mlVector normal_;  // of a row to be taken in,
+    mlVector image_;   // J_k · normal,
+    mlVector step_;    // the move of x for a unit of its multiplier,
+    mlVector share_;   // and the part of it that each active row gives
 };
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

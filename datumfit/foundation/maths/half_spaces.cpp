@@ -2,32 +2,29 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace datumfit {
 namespace internal {
 
 namespace {
 
-// Directions come with a rounding of some 1e-16, so a row that should vanish has a few times that of its fellows' length.
+// Directions come with a rounding of some 1e-16, so a row that should vanish has a few times that of its fellows'
+// length.
 constexpr double vanishing_share = 1e-14;
 
 // Values beyond stand for no bound, or for one that no x reaches. Squares of those within are finite.
 constexpr double out_of_reach = 1e100;
 
+// Squares of the numbers of a shorter row lose their digits.
+constexpr double shortest_length = 1e-150;
+
 double length(double const * row, int n) {
-    double sum = 0.0, scale = 0.0;
+    double sum = 0.0;
     for (int j = 0; j < n; ++j) sum += row[j] * row[j];
-    if (sum > 1e-280 && sum < 1e280) return std::sqrt(sum);
-    // Squares may have left the range of doubles.
-    for (int j = 0; j < n; ++j) scale = std::max(scale, std::abs(row[j]));
-    if (scale == 0.0) return 0.0;
-    sum = 0.0;
-    for (int j = 0; j < n; ++j) sum += (row[j] / scale) * (row[j] / scale);
-    return scale * std::sqrt(sum);
+    return std::sqrt(sum);
 }
 
-} // namespace
+}  // namespace
 
 half_spaces::half_spaces(mlMatrix const & K, mlVector const & d) : rows_(K.rows()), unknowns_(K.cols()) {
     int const padded = (rows_ + block_rows - 1) / block_rows * block_rows;
@@ -35,7 +32,7 @@ half_spaces::half_spaces(mlMatrix const & K, mlVector const & d) : rows_(K.rows(
     values_.assign(static_cast<std::size_t>(padded), -HUGE_VAL);
     std::vector<double> lengths;
     lengths.reserve(static_cast<std::size_t>(rows_));
-    double shortest = std::numeric_limits<double>::min();
+    double shortest = shortest_length;
     for (int i = 0; i < rows_; ++i) {
         lengths.push_back(length(K.row_data(i), unknowns_));
         shortest = std::max(shortest, vanishing_share * lengths.back());
@@ -79,5 +76,5 @@ half_spaces::reading half_spaces::worst(std::vector<double> const & values, doub
     return found;
 }
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

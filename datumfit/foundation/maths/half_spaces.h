@@ -9,8 +9,8 @@
 namespace datumfit {
 namespace internal {
 
-/// x meets a row when n * x falls short of v by at most this share of |x|, with |n| = 1. A product of 12 factors is good
-/// to 3e-15 of that, a vertex of 12 rows to a few times more.
+/// x meets a row when n * x falls short of v by at most this share of |x|, with |n| = 1. A product of 12 factors is
+/// good to 3e-15 of that, a vertex of 12 rows to a few times more.
 constexpr double met_share = 1e-14;
 
 /// Rows that can be met together when each gives way by this much are not in conflict: bands of no width, from
@@ -20,11 +20,11 @@ constexpr double negligible_gap = 1e-12;
 /// Rows of linear constraints K x >= d, each divided by its length: n * x >= v with |n| = 1. So the violation v - n * x
 /// is a distance in the space of x, whatever the scale of the row.
 ///
-/// A row shorter than 1e-14 of the longest is what rounding leaves of a zero row. It bounds nothing, and neither does
-/// one with |v| above 1e100; if d is above negligible_gap, or v above 1e100, no x meets such a row.
+/// A row shorter than 1e-14 of the longest, or than 1e-150, is what rounding leaves of a zero row. It bounds nothing,
+/// and neither does one with |v| above 1e100; if d is above negligible_gap, or v above 1e100, no x meets such a row.
 class half_spaces {
 public:
-    /// d has as many elements as K has rows. Numbers and lengths of rows are finite.
+    /// d has as many elements as K has rows. Numbers and squared lengths of rows are finite.
     half_spaces(mlMatrix const & K, mlVector const & d);
 
     int rows() const { return rows_; }
@@ -41,8 +41,8 @@ public:
     std::vector<int> const & hopeless() const { return hopeless_; }
 
     struct reading {
-        int row;          ///< -1 when every value is -infinity
-        double violation; ///< its value less n * x
+        int row;           ///< -1 when every value is -infinity
+        double violation;  ///< its value less n * x
     };
 
     /// The row that x violates most, of equals the first, if `values` stand in the place of values().
@@ -61,5 +61,5 @@ private:
     std::vector<int> hopeless_;
 };
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

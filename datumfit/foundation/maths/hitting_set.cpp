@@ -17,7 +17,8 @@ public:
         numbers_.erase(std::unique(numbers_.begin(), numbers_.end()), numbers_.end());
         for (std::vector<int> & set : sets_) {
             for (int & number : set) {
-                number = static_cast<int>(std::lower_bound(numbers_.begin(), numbers_.end(), number) - numbers_.begin());
+                number =
+                    static_cast<int>(std::lower_bound(numbers_.begin(), numbers_.end(), number) - numbers_.begin());
             }
         }
         states_.resize(numbers_.size());
@@ -48,14 +49,14 @@ private:
         for (int const place : branches) {
             of(place) = chosen;
             if (complete(count - 1)) return true;
-            of(place) = refused; // every choice with it has been tried
+            of(place) = refused;  // every choice with it has been tried
         }
         for (int const place : branches) of(place) = open;
         return false;
     }
 
-    // At least so many more places have to be chosen: sets without a common open place need one each. `branches` becomes
-    // the open places of the set that has fewest, from the latest to the earliest.
+    // At least so many more places have to be chosen: sets without a common open place need one each. `branches`
+    // becomes the open places of the set that has fewest, from the latest to the earliest.
     int places_needed(std::vector<int> & branches) {
         int needed = 0;
         std::ptrdiff_t fewest = 0;
@@ -102,14 +103,14 @@ private:
         return places;
     }
 
-    std::vector<std::vector<int>> sets_; // of places
+    std::vector<std::vector<int>> sets_;  // of places
     int & effort_;
     std::vector<int> numbers_;
     std::vector<state> states_;
     std::vector<int> marks_;
 };
 
-} // namespace
+}  // namespace
 
 bool find_smallest_hitting_set(std::vector<std::vector<int>> const & sets, int & effort, std::vector<int> & numbers) {
     std::vector<int> found;
@@ -118,5 +119,5 @@ bool find_smallest_hitting_set(std::vector<std::vector<int>> const & sets, int &
     return true;
 }
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

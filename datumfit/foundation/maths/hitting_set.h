@@ -14,5 +14,5 @@ namespace internal {
 /// @return false when the trials did not suffice; `numbers` is as it was then
 bool find_smallest_hitting_set(std::vector<std::vector<int>> const & sets, int & effort, std::vector<int> & numbers);
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

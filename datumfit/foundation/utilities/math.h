@@ -42,13 +42,13 @@ public:
     static constexpr double max_double() { return std::numeric_limits<double>::max(); }
     static constexpr float max_float() { return std::numeric_limits<float>::max(); }
 
-    /// The remainder of a on division by b, from 0 to below b; for b below 0, from 0 down to above b; for b 0, a itself.
-    /// So remd(angle, pi()) brings an angle into the half turn from 0, whatever its sign.
+    /// The remainder of a on division by b, from 0 to below b; for b below 0, from 0 down to above b; for b 0, a
+    /// itself. So remd(angle, pi()) brings an angle into the half turn from 0, whatever its sign.
     static double remd(double a, double b) {
         if (b == 0.0) {
             return a;
         }
-        double const r = std::fmod(a, b); // exact, with the sign of a
+        double const r = std::fmod(a, b);  // exact, with the sign of a
         bool const other_side = (r < 0.0 && b > 0.0) || (r > 0.0 && b < 0.0);
         double const shifted = other_side ? r + b : r;
         // A remainder just short of 0 may round to b itself; and a zero is given without a sign.

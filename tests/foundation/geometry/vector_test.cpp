@@ -33,6 +33,7 @@ TEST(Vector, RemembersItsLengthUntilItChanges) {
     changed[4] *= -2.0;
     double const squares[] = {45.0, 40.0, 196.0, 196.0, 196.0};
     for (int i = 0; i < 5; ++i) EXPECT_EQ(squares[i], changed[i].length().squared()) << i;
+    EXPECT_EQ(25.0, giVector2(3.0, 4.0).cross(giVector2(3.0, 4.0).orthogonal()));
     EXPECT_FALSE(std::signbit(giVector3(0.0, -0.0, 0.0).length().value()));
     EXPECT_FALSE(giVector3(-greatest, 0.0, 0.0).is_zero(greatest) || giVector3(1.0, 0.0, greatest).invalid());
 }

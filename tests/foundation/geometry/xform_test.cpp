@@ -26,6 +26,8 @@ giXform3 inverse(giXform3 const & x) {
 TEST(Transform, RotatesRightHandedAndKeepsItsPlaceFarOut) {
     giXform3 const quarter(giXformRotate, giPoint3(1.0, 1.0, 0.0), giAxisZ, giAngle(giAngle90));
     EXPECT_EQ(0.0, distance(quarter * giPoint3(3.0, 1.0, 5.0), giPoint3(1.0, 3.0, 5.0)));
+    giXform3 const slight(giXformRotate, giPoint3(1e12, 1e12, 0.0), giAxisZ, giAngle(giAngleRadians, 1.23e-13));
+    EXPECT_LE(distance(slight * giPoint3(giOrigin), giPoint3(0.123, -0.123, 0.0)), 1e-12);
     for (double const far : {0.0, 1e12}) {
         for (double const angle : {1e-12, 0.3, 2.0}) {
             giPoint3 const centre(far, -2.0 * far, 0.7 * far);
@@ -52,7 +54,7 @@ TEST(Transform, ProductsActFromTheRight) {
 
 TEST(Transform, IsUndoneByItsInverseUnlessItFlattens) {
     giXform3 const rigid = turn(giPoint3(100.0, 2.0, 3.0), 1.3), scale(giXformScale, 2.0, -0.5, 10.0);
-    giXform3 const wide(giXformScale, 1e-120, 1e120, 1.0), flat(giXformScale, 1.0, 2.0, 0.0);
+    giXform3 const wide(giXformScale, 1e-200, 1e-180, 1.0), flat(giXformScale, 1.0, 2.0, 0.0);
     for (giXform3 const & x : {rigid, product(product(rigid, scale), turn(probe, 0.4)), wide, identity}) {
         EXPECT_LE(distance(inverse(x) * (x * probe), probe), 4096.0 * epsilon);
         EXPECT_LE((inverse(x) * (x * oblique) - oblique).length(), 32.0 * epsilon);
@@ -66,6 +68,8 @@ TEST(Transform, GoesToLocalCoordinates) {
     giPoint3 const origin(10.0, 20.0, 30.0);
     giXform3 const plain(giXformLocal, origin, giAxisZ, giUnitVec3(0.0, 1.0, 1.0));
     EXPECT_EQ(0.0, distance(plain * giPoint3(11.0, 22.0, 33.0), giPoint3(1.0, 2.0, 3.0)));
+    giXform3 const unhinted(giXformLocal, origin, giAxisZ, giAxisZ);
+    EXPECT_EQ(1.0, (unhinted * giVector3(giAxisX)).length());
 
     giVector3 const across = oblique.any_normal(), third = across.cross(oblique);
     for (double const lean : {1.0, 1e-9, 1e-13, 0.0}) {
