@@ -1,0 +1,295 @@
+#pragma once
+
+#include "points_file.h"
+
+#include <datumfit/datumfit.h>
+
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
+
+enum class Side { unknown, inside, outside };
+
+/// What is fitted to what. Radii and normals that the arguments give have taken the place of those in the file.
+struct Task {
+    PointsFile file;
+    Side side = Side::unknown;  // where the probe centres of a circle or sphere lie
+    giPoint3 origin;            // invalid when not given
+    giUnitVec3 normal;          // invalid when not given
+
+    bool is_probed() const { return file.radii.size() > 0; }
+    /// What the probe adds to the distance of point i from a circle or sphere.
+    double signed_radius(int i) const {
+        return !is_probed() ? 0.0 : side == Side::inside ? file.radii.read(i) : -file.radii.read(i);
+    }
+};
+
+struct Quantity {
+    std::string name;
+    double value;
+};
+
+/// The outcome of one fit.
+struct Fit {
+    std::vector<Quantity> quantities;
+    double deviation = 0.0;
+    std::vector<double> residuals;  // of each point: its distance from the fitted surface, less the probe radius
+    double milliseconds = 0.0;      // spent in the library
+
+    /// Runs an entry of the library and takes its time.
+    template <typename Entry>
+    int timed(Entry const & entry) {
+        auto const start = std::chrono::steady_clock::now();
+        int const found = entry();
+        milliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+        return found;
+    }
+    template <typename Triple>
+    void add3(std::string const & name, Triple const & v) {
+        add2(name, v);
+        quantities.push_back({name + " z", v.z()});
+    }
+    template <typename Pair>
+    void add2(std::string const & name, Pair const & v) {
+        quantities.push_back({name + " x", v.x()});
+        quantities.push_back({name + " y", v.y()});
+    }
+    void add_radius(double radius) {
+        quantities.push_back({"radius", radius});
+        quantities.push_back({"diameter", 2.0 * radius});
+    }
+};
+
+/// The points as seen along z.
+inline giPoint2coDynArr seen_along_z(giPoint3coDynArr const & points) {
+    giPoint2coDynArr flat(points.size(), 1);
+    for (int i = 0; i < points.size(); ++i) {
+        flat.append(points[i].xy());
+    }
+    return flat;
+}
+
+/// Residuals of probe centres from their heights above a plane or line. The centres stand off on the side of the
+/// normal, unless no approximate normal told the side: then on the side where the residuals are smaller.
+inline void subtract_radii(std::vector<double> & heights, Task const & task) {
+    double with = 0.0, against = 0.0;
+    for (int i = 0; i < task.file.radii.size(); ++i) {
+        double const height = heights[static_cast<std::size_t>(i)], radius = task.file.radii.read(i);
+        with += (height - radius) * (height - radius);
+        against += (height + radius) * (height + radius);
+    }
+    double const sign = task.file.normals.size() == 0 && against < with ? -1.0 : 1.0;
+    for (int i = 0; i < task.file.radii.size(); ++i) {
+        heights[static_cast<std::size_t>(i)] -= sign * task.file.radii.read(i);
+    }
+}
+
+inline int fit_line(Task const & task, Fit & fit) {
+    giPoint2coDynArr const points = seen_along_z(task.file.points);
+    giUnitVec2coDynArr normals(task.file.normals.size(), 1);
+    for (int i = 0; i < task.file.normals.size(); ++i) {
+        giUnitVec3 const & n = task.file.normals[i];
+        normals.append(giUnitVec2(n.x(), n.y()));
+    }
+    giPoint2 point;
+    giUnitVec2 direction, normal;
+    int found = 0;
+    if (task.is_probed()) {
+        found = fit.timed([&] {
+            return sqLeastSquareEvaluator::evaluate_probed_line2(points, task.file.radii, normals, point, normal,
+                                                                 fit.deviation);
+        });
+        direction = giUnitVec2(normal.y(), -normal.x());
+    } else {
+        found =
+            fit.timed([&] { return sqLeastSquareEvaluator::evaluate_line(points, point, direction, fit.deviation); });
+        normal = giUnitVec2(-direction.y(), direction.x());
+    }
+    fit.add2("point", point);
+    fit.add2("direction", direction);
+    fit.add2("normal", normal);
+    if (direction.x() != 0.0) {
+        double const slope = direction.y() / direction.x();
+        fit.quantities.push_back({"slope", slope});
+        fit.quantities.push_back({"intercept", point.y() - slope * point.x()});
+    }
+    for (int i = 0; i < points.size(); ++i) {
+        fit.residuals.push_back(dot(normal, points[i] - point));
+    }
+    subtract_radii(fit.residuals, task);
+    return found;
+}
+
+/// Distances of the points from a line in space, which have no sign.
+inline void add_line_in_space(Task const & task, giPoint3 const & point, giUnitVec3 const & direction, Fit & fit) {
+    fit.add3("point", point);
+    fit.add3("direction", direction);
+    for (int i = 0; i < task.file.points.size(); ++i) {
+        fit.residuals.push_back(direction.cross(task.file.points[i] - point).length().value());
+    }
+}
+
+inline int fit_line2(Task const & task, Fit & fit) {
+    giPoint3 point;
+    giUnitVec3 direction;
+    int const found = fit.timed([&] {
+        return sqLeastSquareEvaluator::evaluate_line2(task.origin, task.normal, task.file.points, point, direction,
+                                                      fit.deviation);
+    });
+    add_line_in_space(task, point, direction, fit);
+    return found;
+}
+
+inline int fit_line3(Task const & task, Fit & fit) {
+    giPoint3 point;
+    giUnitVec3 direction;
+    int const found = fit.timed(
+        [&] { return sqLeastSquareEvaluator::evaluate_line3(task.file.points, point, direction, fit.deviation); });
+    add_line_in_space(task, point, direction, fit);
+    return found;
+}
+
+inline int fit_plane(Task const & task, Fit & fit) {
+    giPoint3coDynArr const & points = task.file.points;
+    giPoint3 point;
+    giUnitVec3 normal;
+    int const found = fit.timed([&] {
+        return task.is_probed() ? sqLeastSquareEvaluator::evaluate_probed_plane(
+                                      points, task.file.radii, task.file.normals, point, normal, fit.deviation)
+                                : sqLeastSquareEvaluator::evaluate_plane(points, point, normal, fit.deviation);
+    });
+    fit.add3("point", point);
+    fit.add3("normal", normal);
+    for (int i = 0; i < points.size(); ++i) {
+        fit.residuals.push_back(normal.dot(points[i] - point));
+    }
+    subtract_radii(fit.residuals, task);
+    return found;
+}
+
+inline int fit_circle(Task const & task, Fit & fit) {
+    giPoint2coDynArr const points = seen_along_z(task.file.points);
+    giPoint2 centre;
+    double radius = 0.0;
+    int const found = fit.timed([&] {
+        return task.is_probed() ? sqLeastSquareEvaluator::evaluate_probed_circle(
+                                      points, task.file.radii, task.side == Side::inside, centre, radius, fit.deviation)
+                                : sqLeastSquareEvaluator::evaluate_circle(points, centre, radius, fit.deviation);
+    });
+    fit.add2("centre", centre);
+    fit.add_radius(radius);
+    for (int i = 0; i < points.size(); ++i) {
+        fit.residuals.push_back(points[i].distance(centre).value() + task.signed_radius(i) - radius);
+    }
+    return found;
+}
+
+/// Distances of the points from a circle in space, which have no sign.
+inline void add_circle_in_space(Task const & task, giPoint3 const & centre, giUnitVec3 const & normal, double radius,
+                                Fit & fit) {
+    fit.add3("centre", centre);
+    fit.add3("normal", normal);
+    fit.add_radius(radius);
+    for (int i = 0; i < task.file.points.size(); ++i) {
+        giVector3 const v = task.file.points[i] - centre;
+        fit.residuals.push_back(std::hypot(normal.cross(v).length().value() - radius, normal.dot(v)));
+    }
+}
+
+inline int fit_circle2(Task const & task, Fit & fit) {
+    giPoint3 centre;
+    double radius = 0.0;
+    int const found = fit.timed([&] {
+        return sqLeastSquareEvaluator::evaluate_circle2(task.origin, task.normal, task.file.points, centre, radius,
+                                                        fit.deviation);
+    });
+    add_circle_in_space(task, centre, task.normal, radius, fit);
+    return found;
+}
+
+inline int fit_circle3(Task const & task, Fit & fit) {
+    giPoint3 centre;
+    giUnitVec3 normal;
+    double radius = 0.0;
+    int const found = fit.timed([&] {
+        return sqLeastSquareEvaluator::evaluate_circle3(task.file.points, centre, normal, radius, fit.deviation);
+    });
+    add_circle_in_space(task, centre, normal, radius, fit);
+    return found;
+}
+
+inline int fit_sphere(Task const & task, Fit & fit) {
+    giPoint3coDynArr const & points = task.file.points;
+    giPoint3 centre;
+    double radius = 0.0;
+    int const found = fit.timed([&] {
+        return task.is_probed() ? sqLeastSquareEvaluator::evaluate_probed_sphere(
+                                      points, task.file.radii, task.side == Side::inside, centre, radius, fit.deviation)
+                                : sqLeastSquareEvaluator::evaluate_sphere(points, centre, radius, fit.deviation);
+    });
+    fit.add3("centre", centre);
+    fit.add_radius(radius);
+    for (int i = 0; i < points.size(); ++i) {
+        fit.residuals.push_back(points[i].distance(centre).value() + task.signed_radius(i) - radius);
+    }
+    return found;
+}
+
+/// How probe radii find their side.
+enum class Probe { none, inside_or_outside, by_normals };
+
+struct Primitive {
+    char const * name;
+    char const * description;
+    int fewest_points;
+    int spread;         // the directions in which points must spread to determine it
+    bool is_seen_flat;  // only x and y count
+    bool in_given_plane;
+    Probe probe;
+    int (*fit)(Task const &, Fit &);
+};
+
+inline constexpr std::array<Primitive, 8> primitives{{
+    {"line", "line in x and y", 2, 1, true, false, Probe::by_normals, fit_line},
+    {"line2", "line in the plane of --origin and --normal", 2, 1, false, true, Probe::none, fit_line2},
+    {"line3", "line in space", 2, 1, false, false, Probe::none, fit_line3},
+    {"plane", "plane", 3, 2, false, false, Probe::by_normals, fit_plane},
+    {"circle", "circle in x and y", 3, 2, true, false, Probe::inside_or_outside, fit_circle},
+    {"circle2", "circle in the plane of --origin and --normal", 3, 2, false, true, Probe::none, fit_circle2},
+    {"circle3", "circle in space", 3, 2, false, false, Probe::none, fit_circle3},
+    {"sphere", "sphere", 4, 3, false, false, Probe::inside_or_outside, fit_sphere},
+}};
+
+/// The name for points that spread in fewer directions than the primitive asks for, or nothing. The entries of the
+/// library fit such points as they come, with a result that their rounding decides.
+inline std::string degeneracy(Primitive const & primitive, giPoint3coDynArr const & points) {
+    double size = 0.0;
+    giBox3 box;
+    giPoint3coDynArr seen(points.size(), 1);
+    for (int i = 0; i < points.size(); ++i) {
+        giPoint3 const & p = points[i];
+        seen.append(giPoint3(p.x(), p.y(), primitive.is_seen_flat ? 0.0 : p.z()));
+        box.merge(seen[i]);
+        size = std::max({size, std::fabs(p.x()), std::fabs(p.y()), std::fabs(p.z())});
+    }
+    double const rounding = 8.0 * std::numeric_limits<double>::epsilon() * size;
+    giPoint3 point;
+    giUnitVec3 axis;
+    double deviation = (box.max() - box.min()).length().value();
+    if (deviation <= rounding) {
+        return "all points coincide";
+    }
+    if (primitive.spread >= 2 && sqLeastSquareEvaluator::evaluate_line3(seen, point, axis, deviation) == 1 &&
+        deviation <= rounding) {
+        return "all points lie on one line";
+    }
+    if (primitive.spread >= 3 && sqLeastSquareEvaluator::evaluate_plane(seen, point, axis, deviation) == 1 &&
+        deviation <= rounding) {
+        return "all points lie in one plane";
+    }
+    return "";
+}
