@@ -20,4 +20,5 @@ add_test(NAME package.headers
     COMMAND ${CMAKE_COMMAND}
         -D scratch=${scratch} -D compiler=${CMAKE_CXX_COMPILER} -D generator=${CMAKE_GENERATOR}
         -P ${CMAKE_CURRENT_LIST_DIR}/headers.cmake)
-set_tests_properties(package.headers PROPERTIES FIXTURES_REQUIRED installed_package)
+# By far the longest of all tests, so it starts among the first.
+set_tests_properties(package.headers PROPERTIES FIXTURES_REQUIRED installed_package COST 100)

@@ -109,8 +109,8 @@ public:
         return adopt(copied_storage(capacity, size_), capacity);
     }
 
-    /// Drops the elements from n on. When release is not 0 the capacity becomes n too, unless it is below n already; n
-    /// 0 is clear(release). 1, or 0 without memory for the smaller storage: the larger one is kept then.
+    /// Drops the elements from n on. When release is not 0 the capacity becomes n too, unless it is below n already.
+    /// With n 0 it is clear(release). 1, or 0 without memory for the smaller storage: the larger one is kept then.
     int shrink(int n, int release);
 
     /// Drops all elements, and when release is not 0 the storage too.

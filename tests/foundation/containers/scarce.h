@@ -2,28 +2,17 @@
 
 #include <new>
 
-/// An element that counts how many of it live. Making one by default throws when the allowance is used up, and so does
-/// copying one whose value is unassignable.
+/// An element that counts how many of it live. One made by default takes from an allowance, and throws when that is
+/// used up; copying throws for the value 13.
 struct Scarce {
-    static inline int live = 0;
-    static inline int allowance = 0;
-    static constexpr int unassignable = 13;
+    static inline int live = 0, allowance = 0;
     int value = -1;
 
-    Scarce() {
-        if (allowance == 0) {
-            throw std::bad_alloc();
-        }
-        --allowance;
-        ++live;
-    }
+    Scarce() : Scarce(allowance > 0 ? --allowance : throw std::bad_alloc()) {}
     Scarce(int v) : value(v) { ++live; }
     Scarce(Scarce const & other) : Scarce(other.value) {}
     Scarce & operator=(Scarce const & other) {
-        if (other.value == unassignable) {
-            throw std::bad_alloc();
-        }
-        value = other.value;
+        value = other.value == 13 ? throw std::bad_alloc() : other.value;
         return *this;
     }
     ~Scarce() { --live; }

@@ -1,101 +1,46 @@
 #include <datumfit/foundation/maths/singular_value_decomposition.h>
 
-#include <datumfit/foundation/maths/random.h>
-
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
 #include <limits>
+
+#include "matrices.h"
 
 namespace {
 
-mlMatrix product(mlMatrix const & a, mlMatrix const & b) {
-    return mlMatrix(mlMatrixProduct, a, b);
-}
-
-mlMatrix transposed(mlMatrix const & m) {
-    return mlMatrix(mlMatrixTranspose, m);
-}
-
-mlMatrix random_matrix(int rows, int cols, mlRandom & random) {
-    mlMatrix m(rows, cols);
-    for (int i = 0; i < rows * cols; ++i) {
-        m.row_data(0)[i] = random.minus_one_one();
-    }
-    return m;
-}
-
-double largest_difference(mlMatrix const & a, mlMatrix const & b) {
-    EXPECT_EQ(a.rows(), b.rows());
-    EXPECT_EQ(a.cols(), b.cols());
-    double largest = 0.0;
-    for (int i = 0; i < a.rows() * a.cols(); ++i) {
-        largest = std::max(largest, std::fabs(a.row_data(0)[i] - b.row_data(0)[i]));
-    }
-    return largest;
-}
-
-mlMatrix diagonal_matrix(mlVector const & values) {
-    mlMatrix m(mlMatrixZero, values.dimension(), values.dimension());
-    m.diagonal() = values;
-    return m;
-}
-
-constexpr double tolerance = 2e-14;  // the worst seen over these cases is 4e-15
-
-void expect_decomposition(mlMatrix const & m, int rank) {
-    mlSingularValueDecomposition svd(m);
-    mlVector const & values = svd.diagonal();
-    ASSERT_EQ(m.cols(), values.dimension());
-    EXPECT_LT(largest_difference(m, product(product(svd.U(), diagonal_matrix(values)), transposed(svd.V()))),
-              tolerance);
-    EXPECT_LT(largest_difference(product(transposed(svd.V()), svd.V()), mlMatrix(mlMatrixIdentity, m.cols())),
-              tolerance);
-    mlMatrix expected(mlMatrixZero, m.cols(), m.cols());
-    for (int k = 0; k < m.cols(); ++k) {
-        expected(k, k) = k < m.rows() ? 1.0 : 0.0;
-        EXPECT_GE(k == 0 ? 1e9 : values[k - 1], values[k]);
-        EXPECT_EQ(k<rank, values[k]> tolerance);
-    }
-    EXPECT_LT(largest_difference(product(transposed(svd.U()), svd.U()), expected), tolerance);
-    EXPECT_EQ(rank < m.cols() || rank == 0, svd.is_singular(1e-10));
-}
+constexpr double tolerance = 2e-14;  // the worst seen over these cases is 3e-15
 
 TEST(SingularValueDecomposition, FactorsMatricesOfAnyShapeAndRank) {
     mlRandom random(1);
-    for (int rows = 0; rows < 7; ++rows) {
-        for (int cols = 0; cols < 7; ++cols) {
-            for (int rank = 0; rank <= std::min(rows, cols); ++rank) {
-                SCOPED_TRACE(testing::Message() << rows << " by " << cols << " of rank " << rank);
-                expect_decomposition(product(random_matrix(rows, rank, random), random_matrix(rank, cols, random)),
-                                     rank);
-            }
+    for (int i = 0; i < 7 * 7 * 7; ++i) {
+        int const rows = i / 49, cols = i / 7 % 7, rank = i % 7;
+        if (rank > std::min(rows, cols)) {
+            continue;
         }
-    }
-}
+        SCOPED_TRACE(testing::Message() << rows << " by " << cols << " of rank " << rank);
+        mlMatrix const m = product(random_matrix(rows, rank, random), random_matrix(rank, cols, random));
+        mlSingularValueDecomposition svd(m);
+        mlMatrix const s = diagonal_matrix(svd.diagonal());
+        ASSERT_EQ(cols, svd.V().rows());
+        EXPECT_LT(largest_difference(m, product(product(svd.U(), s), transposed(svd.V()))), tolerance);
+        mlMatrix unit(mlMatrixIdentity, cols);
+        EXPECT_LT(largest_difference(product(transposed(svd.V()), svd.V()), unit), tolerance);
+        for (int k = 0; k < cols; ++k) {
+            unit(k, k) = k < rows ? 1.0 : 0.0;
+            EXPECT_LE(svd.diagonal()[k], k == 0 ? 1e9 : svd.diagonal()[k - 1]);
+            EXPECT_EQ(k<rank, svd.diagonal()[k]> tolerance);
+        }
+        EXPECT_LT(largest_difference(product(transposed(svd.U()), svd.U()), unit), tolerance);
+        EXPECT_EQ(rank < cols || cols == 0, svd.is_singular(1e-10));
 
-TEST(SingularValueDecomposition, InvertsWhatIsAboveTheThreshold) {
-    mlRandom random(2);
-    for (int const rows : {3, 5, 9}) {
-        mlMatrix const a = product(random_matrix(rows, 3, random), random_matrix(3, 5, random));
-        mlSingularValueDecomposition svd(a);
-        mlMatrix const inverse = svd.inverse(1e-9);
-        // The conditions of Penrose, which only the pseudo-inverse meets.
-        mlMatrix const left = product(inverse, a);
-        mlMatrix const right = product(a, inverse);
-        EXPECT_LT(largest_difference(product(right, a), a), 1e-12);
-        EXPECT_LT(largest_difference(product(left, inverse), inverse), 1e-12);
-        EXPECT_LT(largest_difference(left, transposed(left)), 1e-12);
-        EXPECT_LT(largest_difference(right, transposed(right)), 1e-12);
-
-        mlVector const b(utConvert, random_matrix(1, rows, random).row_data(0), rows);
-        mlVector x;
+        mlMatrix const inverse = svd.inverse(1e-10);
+        EXPECT_LT(largest_difference(product(product(m, inverse), m), m), 1e-12);
+        EXPECT_LT(largest_difference(product(inverse, m), transposed(product(inverse, m))), 1e-10);
+        mlVector b, x;
+        b = random_matrix(1, rows, random)[0];
         svd.solve(b, x);
-        mlVector const expected(mlMatrixProduct, inverse, b);
-        for (int i = 0; i < 5; ++i) {
-            EXPECT_NEAR(expected[i], x[i], 1e-12);
-        }
+        mlVector const shortest(mlMatrixProduct, inverse, b);
+        EXPECT_LT(largest_difference(diagonal_matrix(x), diagonal_matrix(shortest)), 1e-10);
     }
 }
 
@@ -105,29 +50,25 @@ TEST(SingularValueDecomposition, ComparesWithTheTolerances) {
     EXPECT_TRUE(svd.is_singular(0x1p-23));
     EXPECT_FALSE(svd.is_singular(0x1p-24));
     EXPECT_EQ(0.0, svd.inverse(0x1p-20)(1, 0));
-    EXPECT_EQ(0x1p20, std::fabs(svd.inverse(0x1p-21)(1, 0)));
+    EXPECT_EQ(0x1p20, std::fabs(svd.inverse(0x1p-21)(0, 0) + svd.inverse(0x1p-21)(1, 0)));
 }
 
 TEST(SingularValueDecomposition, ReducesManyRowsWithTheirDigits) {
-    // All signs of (a, b, c): columns at right angles.
+    // All signs of the sizes: columns at right angles, so that V is the identity.
     constexpr int n = 80000;
-    double const sizes[] = {3.0, 1e-7, 50.0};
+    double const sizes[] = {50.0, 3.0, 1e-7};
     mlMatrix m(n, 3);
-    for (int i = 0; i < n; ++i) {
-        for (int j = 0; j < 3; ++j) {
-            m(i, j) = (i >> j) % 2 == 0 ? sizes[j] : -sizes[j];
-        }
+    for (int i = 0; i < 3 * n; ++i) {
+        m(i / 3, i % 3) = (i / 3 >> i % 3) % 2 == 0 ? sizes[i % 3] : -sizes[i % 3];
     }
     for (mlJOB_U const job : {mlJOB_U_NONE, mlJOB_U_WANTED}) {
-        // Equal elements round alike, and the reflections with U sum them in one run.
+        // Equal elements round alike, and the reflections with U sum them in one run: the worst seen is 2e-13 there.
         double const rounding = job == mlJOB_U_NONE ? 2e-15 : 1e-12;
         mlSingularValueDecomposition const svd(m, job, mlJOB_V_WANTED);
         for (int k = 0; k < 3; ++k) {
-            double const expected = std::sqrt(double(n)) * sizes[k == 0 ? 2 : k - 1];
-            EXPECT_NEAR(1.0, svd.diagonal()[k] / expected, rounding);  // the worst seen are 7e-16 and 1.5e-13
-            EXPECT_NEAR(1.0, std::fabs(svd.V()(k == 0 ? 2 : k - 1, k)), 1e-15);
+            EXPECT_NEAR(1.0, svd.diagonal()[k] / (std::sqrt(double(n)) * sizes[k]), rounding);
+            EXPECT_NEAR(1.0, std::fabs(svd.V()(k, k)), 1e-15);
         }
-        EXPECT_EQ(job == mlJOB_U_NONE ? 0 : n, svd.U().rows());
     }
 }
 
@@ -143,22 +84,20 @@ TEST(SingularValueDecomposition, KeepsTheDigitsOfShortColumns) {
         std::copy(row, row + 4, m.row_data(i));
     }
     mlSingularValueDecomposition const svd(m, mlJOB_U_NONE, mlJOB_V_WANTED);
-    EXPECT_TRUE(svd.is_singular(1e-20));
     double const null[] = {1.0, -2.0 * a, -2.0 * b, a * a + b * b - radius * radius};
     for (int i = 1; i < 4; ++i) {
         // Errors relative to the longest column would come to 1e-4.
-        EXPECT_NEAR(1.0, svd.V()(i, 3) / svd.V()(0, 3) / null[i], 1e-12);
+        EXPECT_NEAR(1.0, svd.V()(i, 3) / svd.V()(0, 3) / null[i], 1e-14);
     }
 }
 
 TEST(SingularValueDecomposition, IsTheSameAtAnyScaleOfTheElements) {
     mlRandom random(3);
     mlMatrix const m = random_matrix(5, 3, random);
-    mlSingularValueDecomposition const unit(m);
     for (double const scale : {0x1p-1020, 0x1p-500, 0x1p600, 0x1p1020}) {
         mlMatrix scaled(m);
         scaled *= scale;
-        mlSingularValueDecomposition const svd(scaled);
+        mlSingularValueDecomposition const unit(m), svd(scaled);
         EXPECT_LT(largest_difference(unit.V(), svd.V()), tolerance);
         EXPECT_NEAR(unit.diagonal()[2], svd.diagonal()[2] / scale, tolerance);
     }
@@ -170,7 +109,6 @@ TEST(SingularValueDecomposition, TakesElementsThatAreNotFiniteAsAZeroMatrix) {
         m(1, 2) = bad;
         mlSingularValueDecomposition svd(m);
         EXPECT_TRUE(svd.is_singular(0.0));
-        EXPECT_EQ(0.0, svd.diagonal()[0]);
         EXPECT_EQ(0.0, largest_difference(svd.inverse(0.0), mlMatrix(mlMatrixZero, 3, 3)));
         EXPECT_EQ(0.0, largest_difference(svd.V(), mlMatrix(mlMatrixIdentity, 3)));
     }
