@@ -42,7 +42,9 @@ struct flat_kernel {
         offset = x[0];
         for (int k = 0; k < Dimension; ++k) normal[k] = x[k + 1];
     }
-    double resolution(double reach) const { return std::numeric_limits<double>::epsilon() * (reach + std::abs(offset)); }
+    double resolution(double reach) const {
+        return std::numeric_limits<double>::epsilon() * (reach + std::abs(offset));
+    }
 
     /// Gives the normal length 1; one of length 0 becomes the first axis.
     static void normalize(mlVector & p) {
@@ -88,5 +90,5 @@ private:
     }
 };
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

@@ -10,7 +10,7 @@ using namespace datumfit::internal;
 namespace {
 // A point nearer to the circle than this has no direction to it that could be told from rounding.
 constexpr double on_the_circle = 1e-7;
-} // namespace
+}  // namespace
 
 sqLeastSquareCircle3::sqLeastSquareCircle3(giPoint3coDynArr const & points)
     : sqLeastSquareDistance3(ring_kernel::parameters, points), last_square_distance_(0.0) {

@@ -4,9 +4,9 @@
 
 /// Distances of points from a circle in space, a model for mlLevenbergMarquardt.
 ///
-/// With f the distance of p from the circle's axis and g its height above the circle's plane, the distance is the root of
-/// (f - R)² + g²: never negative, in the unit of the coordinates. Parameters: 0 to 2 the centre, 3 to 5 the normal, 6 the
-/// radius; six are independent, since the length of the normal does not count.
+/// With f the distance of p from the circle's axis and g its height above the circle's plane, the distance is the root
+/// of (f - R)² + g²: never negative, in the unit of the coordinates. Parameters: 0 to 2 the centre, 3 to 5 the normal,
+/// 6 the radius; six are independent, since the length of the normal does not count.
 class sqLeastSquareCircle3 : public sqLeastSquareDistance3 {
 public:
     explicit sqLeastSquareCircle3(giPoint3coDynArr const & points);

@@ -30,7 +30,7 @@ double diagonal(Points const & points) {
     return (box.max() - box.min()).length().value();
 }
 
-} // namespace
+}  // namespace
 
 sqLeastSquareDistance2::sqLeastSquareDistance2(int n_parameters, giPoint2coDynArr const & points)
     : mlDistanceLeastSquares(n_parameters, points.size()), points_(&points) {}

@@ -55,9 +55,9 @@ public:
     static double G(giPoint3 const & origin, giUnitVec3 const & direction, giPoint3 const & point);
 
     /// G, then F, each with its derivatives by the x, y, z of the origin and the x, y, z of the direction, which are
-    /// written to the first six elements; the vectors grow as needed. By the direction, only its turn counts. On the axis
-    /// (F at most 1e-7) the derivative of F by origin coordinate k is the root of 1 - direction[k]², since F grows by
-    /// that much whichever way the origin moves.
+    /// written to the first six elements; the vectors grow as needed. By the direction, only its turn counts. On the
+    /// axis (F at most 1e-7) the derivative of F by origin coordinate k is the root of 1 - direction[k]², since F grows
+    /// by that much whichever way the origin moves.
     static void F_G_and_derivatives(giPoint3 const & origin, giUnitVec3 const & direction, giPoint3 const & point,
                                     double & g, mlVector & dg, double & f, mlVector & df);
 

@@ -28,5 +28,5 @@ void gradient_at_point(mlVector const & p, double const * point, double radius, 
     d = only[0][Kernel::parameters];
 }
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

@@ -23,5 +23,5 @@ void plane_frame::project(giPoint3coDynArr const & points, giPoint2coDynArr & re
     }
 }
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

@@ -14,7 +14,8 @@ namespace internal {
 /// however far both lie from the origin of space; a transform's matrix cannot.
 class plane_frame {
 public:
-    /// The plane's y axis is the part within the plane of the x axis, or of the y axis when |normal.x| exceeds |normal.y|.
+    /// The plane's y axis is the part within the plane of the x axis, or of the y axis when |normal.x| exceeds
+    /// |normal.y|.
     plane_frame(giPoint3 const & origin, giUnitVec3 const & normal);
 
     /// The frame of the same plane and axes whose origin is the foot of a point on the plane.
@@ -38,5 +39,5 @@ private:
     giVector3 x_axis_, y_axis_;
 };
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

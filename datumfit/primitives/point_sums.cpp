@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #if !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wpsabi" // no vector crosses a call: all that hold one are inlined into the pass
+#pragma GCC diagnostic ignored "-Wpsabi"  // no vector crosses a call: all that hold one are inlined into the pass
 #endif
 
 namespace datumfit {
@@ -13,7 +13,7 @@ namespace internal {
 
 namespace {
 
-constexpr int block = 1024; // sums of blocks are added up apart, to keep the rounding of long sums down
+constexpr int block = 1024;  // sums of blocks are added up apart, to keep the rounding of long sums down
 
 template <int Dimension>
 DATUMFIT_INLINE void load(double const * p, double const * from, double (&q)[Dimension]) {
@@ -85,7 +85,7 @@ void mean(double const * p, int n, double * result) {
     for (int k = 0; k < Dimension; ++k) result[k] = p[k] + total[k] / n;
 }
 
-} // namespace
+}  // namespace
 
 void mean_of_points(double const * p, int dimension, int n, double * result) {
     dimension == 2 ? mean<2>(p, n, result) : mean<3>(p, n, result);
@@ -97,5 +97,5 @@ double mean_distance(double const * p, int dimension, int n, double const * from
     return n > 0 ? total[0] / n : 0.0;
 }
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

@@ -21,5 +21,5 @@ void mean_of_points(double const * coordinates, int dimension, int n, double * m
 /// The mean distance of n points from a point; 0 without points.
 double mean_distance(double const * coordinates, int dimension, int n, double const * from);
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

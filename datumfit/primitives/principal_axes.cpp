@@ -9,7 +9,7 @@
 #include <utility>
 
 #if !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wpsabi" // no vector crosses a call: all that hold one are inlined into the pass
+#pragma GCC diagnostic ignored "-Wpsabi"  // no vector crosses a call: all that hold one are inlined into the pass
 #endif
 
 namespace datumfit {
@@ -27,7 +27,7 @@ constexpr double golden_ratio = 0.6180339887498949;
 constexpr double trusted_share = 1e-2;
 constexpr int frames_tried = 4;
 
-constexpr int sweeps = 30; // Jacobi's method takes 4 to 8
+constexpr int sweeps = 30;  // Jacobi's method takes 4 to 8
 constexpr int block = 1024;
 
 // Where points are looked at from: directions and a centre, measured from an origin.
@@ -39,7 +39,7 @@ struct frame {
 };
 
 template <int D>
-constexpr int moments = D + D * (D + 1) / 2; // sums of w, then of the products w_j w_k, j <= k
+constexpr int moments = D + D *(D + 1) / 2;  // sums of w, then of the products w_j w_k, j <= k
 
 template <class Real, int D>
 DATUMFIT_INLINE void add_moments(Real const (&q)[D], frame<D> const & f, Real (&s)[moments<D>]) {
@@ -105,7 +105,7 @@ void diagonalise(double (&c)[D][D], double (&v)[D][D]) {
             for (int j = i + 1; j < D; ++j) {
                 if (!(std::abs(c[i][j]) > rounding * std::sqrt(std::abs(c[i][i] * c[j][j])))) continue;
                 turned = true;
-                double const cot = (c[j][j] - c[i][i]) / (2.0 * c[i][j]); // of twice the angle
+                double const cot = (c[j][j] - c[i][i]) / (2.0 * c[i][j]);  // of twice the angle
                 double const t = std::copysign(1.0, cot) / (std::abs(cot) + std::sqrt(cot * cot + 1.0));
                 double const cs = 1.0 / std::sqrt(t * t + 1.0), sn = t * cs;
                 c[i][i] -= t * c[i][j];
@@ -143,7 +143,7 @@ bool follow_moments(frame<D> & f, double const (&s)[moments<D>], double n, doubl
     }
     diagonalise(c, f.axis);
     for (int j = 0; j < D; ++j) squares[j] = std::max(c[j][j], 0.0);
-    for (int j = 0; j < D; ++j) { // few enough to be sorted by exchanges
+    for (int j = 0; j < D; ++j) {  // few enough to be sorted by exchanges
         for (int k = j + 1; k < D; ++k) {
             if (!(squares[k] > squares[j])) continue;
             std::swap(squares[j], squares[k]);
@@ -160,7 +160,7 @@ bool follow_moments(frame<D> & f, double const (&s)[moments<D>], double n, doubl
     return trusted;
 }
 
-} // namespace
+}  // namespace
 
 template <int D>
 double point_axes<D>::mean_square_from(int k, int points) const {
@@ -219,5 +219,5 @@ int principal_axes(giPoint3coDynArr const & points, giPoint3 & centroid, mlVecto
     return 1;
 }
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

@@ -9,11 +9,11 @@ namespace internal {
 
 /// The principal axes of points: centroid, axes and extents along them.
 ///
-/// These are the singular value decomposition of the coordinates less their mean, found without a copy of the points, in
-/// one pass as a rule. Squared coordinates would lose half of the digits of the small extents; in a frame near the final
-/// one they do not. A sample of the points gives that frame, and one pass over all points its second moments there, whose
-/// eigenvectors (by Jacobi's method, accurate also for the small ones: Demmel & Veselić 1992) turn the frame into the
-/// axes. Where the sample was misleading, the pass is made again in the better frame.
+/// These are the singular value decomposition of the coordinates less their mean, found without a copy of the points,
+/// in one pass as a rule. Squared coordinates would lose half of the digits of the small extents; in a frame near the
+/// final one they do not. A sample of the points gives that frame, and one pass over all points its second moments
+/// there, whose eigenvectors (by Jacobi's method, accurate also for the small ones: Demmel & Veselić 1992) turn the
+/// frame into the axes. Where the sample was misleading, the pass is made again in the better frame.
 template <int Dimension>
 struct point_axes {
     double centroid[Dimension];         // rounded to the coordinates
@@ -38,5 +38,5 @@ extern template point_axes<3> find_axes<3>(double const *, int);
 /// Gives 1, or 0 with fewer than 2 points, and then the results are as they were.
 int principal_axes(giPoint3coDynArr const & points, giPoint3 & centroid, mlVector & s, mlMatrix & v);
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

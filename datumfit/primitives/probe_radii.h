@@ -15,5 +15,5 @@ inline doublecoDynArr signed_radii(doublecoDynArr const & radii, int inside) {
     return copy;
 }
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

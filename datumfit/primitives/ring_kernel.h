@@ -10,9 +10,9 @@
 namespace datumfit {
 namespace internal {
 
-/// Circles in space. A point q lies f = |n × v| from the axis and g = n · v above the plane, with v = q - C: its squared
-/// distance from the circle is (f - R)² + g². The two go into the least-squares problem as rows of their own, whose
-/// squares add up to that; the distance itself is a norm, bent at 0, on which Gauss-Newton steps converge slowly.
+/// Circles in space. A point q lies f = |n × v| from the axis and g = n · v above the plane, with v = q - C: its
+/// squared distance from the circle is (f - R)² + g². The two go into the least-squares problem as rows of their own,
+/// whose squares add up to that; the distance itself is a norm, bent at 0, on which Gauss-Newton steps converge slowly.
 /// Parameters: the centre C, the normal n, the radius R.
 struct ring_kernel {
     static constexpr int dimension = 3;
@@ -70,7 +70,7 @@ struct ring_kernel {
         parts(q, v, f, g);
         Real const w = where_above(f, lost_direction, Real(1.0) / f);
         for (int k = 0; k < 3; ++k) {
-            Real const across = g * normal[k] - v[k]; // towards the axis, f long
+            Real const across = g * normal[k] - v[k];  // towards the axis, f long
             r[0][k] = across * w;
             r[0][3 + k] = g * r[0][k];
             r[1][k] = Real(-normal[k]);
@@ -94,5 +94,5 @@ private:
     }
 };
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

@@ -77,5 +77,5 @@ private:
     }
 };
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

@@ -9,7 +9,7 @@ namespace {
 // Directions nearer to each other than this, 2^-23, count as one.
 constexpr double parallel = 1.1920928955078125e-7;
 
-} // namespace
+}  // namespace
 
 void sqUtils::ProjectPointsToPlane(giPoint3coDynArr const & points, giPoint3 const & origin, giVector3 const & normal,
                                    giPoint2coDynArr & result, giXform3 * xform) {

@@ -81,7 +81,9 @@ TEST(PlaneGeometry, QuickAngleGrowsWithTheAngle) {
         // The bisector lies half way on the counter-clockwise arc.
         giUnitVec2 const half = sqUtils::bisector(a, b);
         double const s = degrees == 0 ? 0.0 : t / 2.0;
-        EXPECT_NEAR(0.0, half.cross(giVector2(0.6 * std::cos(s) - 0.8 * std::sin(s), 0.6 * std::sin(s) + 0.8 * std::cos(s))), 1e-15);
+        EXPECT_NEAR(0.0,
+                    half.cross(giVector2(0.6 * std::cos(s) - 0.8 * std::sin(s), 0.6 * std::sin(s) + 0.8 * std::cos(s))),
+                    1e-15);
         EXPECT_NEAR(std::cos(s), half.dot(a), 1e-15);
     }
     EXPECT_EQ(-2.0, sqUtils::quick_angle(giUnitVec2(1.0, 0.0), giUnitVec2(1.0, 0.0)));
@@ -91,9 +93,9 @@ TEST(PlaneGeometry, QuickAngleGrowsWithTheAngle) {
 TEST(PlaneGeometry, CrossesAndIntersects) {
     giVector3 normal;
     sqUtils::get_orthogonal(giVector3(0.0, 2.0, 3.0), normal);
-    EXPECT_NEAR(0.0, (normal - giUnitVec3(0.0, 3.0, -2.0)).length().value(), 1e-15); // v × x
+    EXPECT_NEAR(0.0, (normal - giUnitVec3(0.0, 3.0, -2.0)).length().value(), 1e-15);  // v × x
     sqUtils::get_orthogonal(giVector3(2.0, 1.0, 3.0), normal);
-    EXPECT_NEAR(0.0, (normal - giUnitVec3(-3.0, 0.0, 2.0)).length().value(), 1e-15); // v × y
+    EXPECT_NEAR(0.0, (normal - giUnitVec3(-3.0, 0.0, 2.0)).length().value(), 1e-15);  // v × y
 
     double t = 7.0;
     giPoint2 const p(1.0, 1.0);
@@ -103,4 +105,4 @@ TEST(PlaneGeometry, CrossesAndIntersects) {
     EXPECT_EQ(1.5, t);
 }
 
-} // namespace
+}  // namespace

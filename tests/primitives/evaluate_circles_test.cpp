@@ -10,7 +10,7 @@ class CircleFit : public testing::TestWithParam<placement> {};
 
 // An arc of angle t fixes the radius through its sagitta alone, which magnifies the rounding of the input.
 double rounding_of_arc(placement const & at, double angle) {
-    return rounding_at(at) / (1.0 - std::cos(0.5 * std::min(angle, utMath::pi()))); // the worst seen is 0.9 of it
+    return rounding_at(at) / (1.0 - std::cos(0.5 * std::min(angle, utMath::pi())));  // the worst seen is 0.9 of it
 }
 
 TEST_P(CircleFit, FindsTheCircleThatThePointsLieOn) {
@@ -45,7 +45,7 @@ TEST_P(CircleFit, LeavesNoSmallMoveThatHelps) {
     EXPECT_NEAR(std::sqrt(mean_square(0.0, 0.0, 0.0)), deviation, 1e-6 * deviation);
     double const step = 1e-4 * at.size;
     for (int k = 0; k < 26; ++k) {
-        int const move = k < 13 ? k : k + 1; // every neighbour in three dimensions but the point itself
+        int const move = k < 13 ? k : k + 1;  // every neighbour in three dimensions but the point itself
         EXPECT_GT(mean_square((move % 3 - 1) * step, (move / 3 % 3 - 1) * step, (move / 9 - 1) * step),
                   mean_square(0.0, 0.0, 0.0));
     }
@@ -59,7 +59,7 @@ TEST(CircleFit, FindsAFlatArcOfAGreatCircle) {
     giPoint2 centre;
     double radius = 0.0, deviation = 0.0;
     ASSERT_EQ(1, sqLeastSquareEvaluator::evaluate_circle(points, centre, radius, deviation));
-    EXPECT_NEAR(1e6, radius, 1e-5); // the sagitta of 38 magnifies the rounding of 1e-10 by 26000
+    EXPECT_NEAR(1e6, radius, 1e-5);  // the sagitta of 38 magnifies the rounding of 1e-10 by 26000
 }
 
 TEST(CircleFit, StaysFiniteOnPointsThatDetermineNone) {
@@ -172,7 +172,8 @@ TEST(CircleInSpace, SamplesManyPoints) {
         intcoDynArr used(n, 1);
         used.expand(n);
         for (int i = 0; i < n; ++i) used[i] = 0;
-        for (int i = 0; i < 10000; ++i) used[n < 12000 ? i : static_cast<int>(n * static_cast<long long>(i) / 10000)] = 1;
+        for (int i = 0; i < 10000; ++i)
+            used[n < 12000 ? i : static_cast<int>(n * static_cast<long long>(i) / 10000)] = 1;
         for (int i = 0; i < n; ++i) {
             if (used[i] == 0) points[i] = giPoint3(50.0, 50.0, 50.0);
         }
@@ -188,4 +189,4 @@ TEST(CircleInSpace, SamplesManyPoints) {
     }
 }
 
-} // namespace
+}  // namespace

@@ -131,8 +131,8 @@ TEST(LineFit, GivesZeroAndResultsForPointsInOnePlace) {
     giPoint2coDynArr const flat = {giPoint2(1.0, 2.0), giPoint2(1.0, 2.0)};
     giPoint2 probed(5.0, 6.0);
     giUnitVec2 normal(0.0, 1.0);
-    EXPECT_EQ(0, sqLeastSquareEvaluator::evaluate_probed_line2(flat, filled(2, 0.1), giUnitVec2coDynArr(), probed, normal,
-                                                               deviation));
+    EXPECT_EQ(0, sqLeastSquareEvaluator::evaluate_probed_line2(flat, filled(2, 0.1), giUnitVec2coDynArr(), probed,
+                                                               normal, deviation));
     EXPECT_TRUE(probed.x() == 5.0 && normal.y() == 1.0 && deviation == 0.0);
 }
 
@@ -157,7 +157,7 @@ TEST(ProbedPlaneFit, GivesTheMirroredPoint) {
     double deviation;
     ASSERT_EQ(1, sqLeastSquareEvaluator::evaluate_probed_plane(points, filled(3, 0.25), {giUnitVec3(giAxisZ)}, point,
                                                                normal, deviation));
-    EXPECT_NEAR(0.0, (point - giPoint3(-3.0, -3.0, 0.75)).length().value(), 1e-13); // the centroid is (3, 3, 1)
+    EXPECT_NEAR(0.0, (point - giPoint3(-3.0, -3.0, 0.75)).length().value(), 1e-13);  // the centroid is (3, 3, 1)
     EXPECT_NEAR(1.0, normal.z(), 1e-15);
 }
 
@@ -178,4 +178,4 @@ TEST(FlatFit, RefusesTooFewPoints) {
     EXPECT_TRUE(point.z() == 7.0 && unit.y() == 1.0 && point2.y() == 6.0 && unit2.y() == 1.0 && deviation == 8.0);
 }
 
-} // namespace
+}  // namespace

@@ -188,4 +188,4 @@ TEST(Models, GradeTheSpreadOfPoints) {
     EXPECT_NEAR(std::sqrt(1.0 / 3.0), quality, 1e-14);
 }
 
-} // namespace
+}  // namespace

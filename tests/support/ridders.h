@@ -18,8 +18,8 @@ double derivative(F const & f, double x, double first_step) {
         double factor = shrink * shrink;
         for (int j = 1; j <= i; ++j, factor *= shrink * shrink) {
             table[j][i] = (table[j - 1][i] * factor - table[j - 1][i - 1]) / (factor - 1.0);
-            double const change = std::max(std::abs(table[j][i] - table[j - 1][i]),
-                                           std::abs(table[j][i] - table[j - 1][i - 1]));
+            double const change =
+                std::max(std::abs(table[j][i] - table[j - 1][i]), std::abs(table[j][i] - table[j - 1][i - 1]));
             if (change <= error) {
                 error = change;
                 best = table[j][i];

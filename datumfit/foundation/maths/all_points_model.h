@@ -7,9 +7,9 @@ namespace internal {
 
 /// A least-squares model as the solver sees it: all points at once, in coordinates of the solver's own.
 ///
-/// The solver moves a vector x, which has one entry for each parameter. A model may choose x so that no digits are lost:
-/// the fits of this library measure positions from one of the points, where the parameters count from the origin of the
-/// coordinates, however far away that is.
+/// The solver moves a vector x, which has one entry for each parameter. A model may choose x so that no digits are
+/// lost: the fits of this library measure positions from one of the points, where the parameters count from the origin
+/// of the coordinates, however far away that is.
 class all_points_model {
 public:
     virtual ~all_points_model() = default;
@@ -37,5 +37,5 @@ public:
     virtual double resolution() const = 0;
 };
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

@@ -13,7 +13,7 @@ namespace {
 
 // Where the search for the fewest rows ends. Within, it takes some ten milliseconds at most.
 constexpr std::size_t most_conflicts = 100;
-constexpr int most_trials = 5000;
+constexpr int most_trials = 20000;
 
 // The rows of a conflict that may go: those that are not kept, or all when they are.
 std::vector<int> candidates(std::vector<int> const & conflict, std::vector<int> const & kept) {

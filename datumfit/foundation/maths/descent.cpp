@@ -30,8 +30,8 @@ constexpr int stale_limit = 4;
 // can be learnt.
 constexpr double near_the_minimum = 1e-5;
 
-// A step is the last when the one behind it, by the contraction seen and a margin, would be this share of what distances
-// can tell.
+// A step is the last when the one behind it, by the contraction seen and a margin, would be this share of what
+// distances can tell.
 constexpr double contraction_margin = 10.0;
 constexpr double last_move = 0.5;
 
@@ -47,10 +47,11 @@ constexpr double growth = 3.0;
 // How often a fit may be pushed off a stationary point that is no minimum.
 constexpr int push_limit = 2;
 
-// A push that the unique form of the parameters takes back but for this share, as that of a direction's length, is none.
+// A push that the unique form of the parameters takes back but for this share, as that of a direction's length, is
+// none.
 constexpr double undone = 1e-3;
 
-} // namespace
+}  // namespace
 
 descent::descent(mlDistanceLeastSquares & problem, all_points_model & model, int points, mlVector const & scales,
                  bool strict)
@@ -100,7 +101,7 @@ bool descent::try_step() {
 
     double const decrease = sum() - trial_factor_.sum_of_squares();
     flat_ = gain <= slack();
-    moved_ = decrease >= -slack() || gradient_fell(gain, decrease); // false for a NaN
+    moved_ = decrease >= -slack() || gradient_fell(gain, decrease);  // false for a NaN
     if (!moved_) {
         acceleration_.reset();
         if (improved) return true;
@@ -237,5 +238,5 @@ double descent::run(mlVector const & start, int max_iterations, mlVector & resul
     return finish(result);
 }
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

@@ -15,11 +15,12 @@ namespace internal {
 
 /// One fit, from start to end, with all buffers made beforehand.
 ///
-/// Each iteration is one pass over the points, at the trial point: it tells whether the step led down, and holds the next
-/// linearised problem if so.
+/// Each iteration is one pass over the points, at the trial point: it tells whether the step led down, and holds the
+/// next linearised problem if so.
 class descent {
 public:
-    /// For a problem and its model, which may be the problem's own slots; all must outlive the fit. The scales are positive.
+    /// For a problem and its model, which may be the problem's own slots; all must outlive the fit. The scales are
+    /// positive.
     descent(mlDistanceLeastSquares & problem, all_points_model & model, int points, mlVector const & scales,
             bool strict);
 
@@ -53,21 +54,21 @@ private:
     linearisation linearise_;
     step_acceleration acceleration_;
 
-    double limit_ = std::numeric_limits<double>::infinity(); // of the scaled length of a step
-    double stationary_from_ = 0.0;                           // the sum at the start, or behind the last push
+    double limit_ = std::numeric_limits<double>::infinity();  // of the scaled length of a step
+    double stationary_from_ = 0.0;                            // the sum at the start, or behind the last push
 
     // Of the step taken last: its length, the gradient before it, and whether they foretell the next ones.
     double last_length_ = 0.0;
     double last_removable_ = 0.0;
     bool contracts_ = false;
 
-    bool moved_ = true;      // the step in hand led down
-    bool flat_ = false;      // it promised less than sums can tell
-    bool last_step_ = false; // it needs no pass behind it
+    bool moved_ = true;       // the step in hand led down
+    bool flat_ = false;       // it promised less than sums can tell
+    bool last_step_ = false;  // it needs no pass behind it
 
-    double lowest_ = std::numeric_limits<double>::infinity(); // gradient, among the points where sums no longer differ
-    int stale_ = 0;                                           // steps since then
+    double lowest_ = std::numeric_limits<double>::infinity();  // gradient, among the points where sums no longer differ
+    int stale_ = 0;                                            // steps since then
 };
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

@@ -9,8 +9,7 @@
 
 mlDistanceLeastSquares::mlDistanceLeastSquares(int n_parameters, int n_points)
     : n_points_(n_points), n_parameters_(n_parameters), parameters_(mlVectorZero, n_parameters),
-      scored_(mlVectorZero, n_parameters), norm_distance_(0),
-      last_distance_(0.0), all_points_of_(nullptr) {}
+      scored_(mlVectorZero, n_parameters), norm_distance_(0), last_distance_(0.0), all_points_of_(nullptr) {}
 
 mlDistanceLeastSquares::~mlDistanceLeastSquares() = default;
 

@@ -9,8 +9,8 @@ namespace datumfit {
 namespace internal {
 class all_points_model;
 class slot_model;
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit
 
 /// A model for mlLevenbergMarquardt: the distances of n measured points from a geometry of some parameters.
 ///
@@ -50,16 +50,16 @@ public:
 
     int n_parameters() const { return n_parameters_; }
 
-    /// Normalises p, makes it current and gives the sum of the squared distances; where that exceeds `bound`, any number
-    /// above it. The way to compare candidates without fitting them.
+    /// Normalises p, makes it current and gives the sum of the squared distances; where that exceeds `bound`, any
+    /// number above it. The way to compare candidates without fitting them.
     double score(mlVector & p, double bound);
 
     /// How well the points determine the geometry of parameters p, from 0 for not at all.
     ///
-    /// It is the singular value number n_independent_parameters(), in descending order, of the Jacobian of the distances
-    /// at p, each column divided by its parameter's scale, over the root of the number of points. Points all around a
-    /// circle give 0.7071, all over a sphere 0.5774. p becomes current. Without points, or with derivatives that are not
-    /// finite, 0.
+    /// It is the singular value number n_independent_parameters(), in descending order, of the Jacobian of the
+    /// distances at p, each column divided by its parameter's scale, over the root of the number of points. Points all
+    /// around a circle give 0.7071, all over a sphere 0.5774. p becomes current. Without points, or with derivatives
+    /// that are not finite, 0.
     double point_distribution_quality(mlVector const & p);
 
 protected:

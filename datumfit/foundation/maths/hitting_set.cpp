@@ -26,12 +26,14 @@ public:
     }
 
     bool run(std::vector<int> & numbers) {
-        for (int count = 0; !complete(count); ++count) {
+        for (int count = static_cast<int>(numbers.size()); !complete(count); ++count) {
             if (effort_ < 0) return false;
         }
-        numbers = latest(chosen_places());
-        for (int & number : numbers) number = numbers_.data()[number];
-        return effort_ >= 0;
+        std::vector<int> found = latest(chosen_places());
+        if (effort_ < 0) return false;
+        for (int & number : found) number = numbers_.data()[number];
+        numbers = found;
+        return true;
     }
 
 private:
@@ -113,10 +115,7 @@ private:
 }  // namespace
 
 bool find_smallest_hitting_set(std::vector<std::vector<int>> const & sets, int & effort, std::vector<int> & numbers) {
-    std::vector<int> found;
-    if (!search(sets, effort).run(found)) return false;
-    numbers = found;
-    return true;
+    return search(sets, effort).run(numbers);
 }
 
 }  // namespace internal

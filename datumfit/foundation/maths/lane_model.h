@@ -8,16 +8,17 @@
 
 /// The passes of the solver over all points, made from the formula for one point.
 ///
-/// A kernel holds the state of one geometry and tells, for a point q measured from the origin that the model chose:
-///     dimension, parameters, rows          the coordinates of a point, the entries of x, the rows of [J d] a point gives
-///     distance(q, radius, d)               the distances of the point, one a row; their squares are summed
-///     row(q, radius, r)                    the rows: derivatives by x, then the distance
-///     from_parameters, to_parameters, place     as all_points_model has them, but for the origin
-///     resolution(reach)                    the same, where coordinates go up to `reach`
-///     take(x)                              makes x current as it stands
-///     regular                              whether J has full rank as a rule, so that a Gram matrix can serve
-/// where q and radius are doubles or lanes. `radius` is the signed probe radius of the point; a kernel for points without
-/// one says `probed = false`.
+/// A kernel holds the state of one geometry and answers for a point q, measured from the origin that the model chose,
+/// with the signed probe radius `radius`; both are doubles or lanes.
+///
+/// - dimension, parameters, rows: the coordinates of a point, the entries of x, the rows of [J d] that a point gives.
+/// - probed: whether points have radii.
+/// - regular: whether J has full rank as a rule, so that a Gram matrix can serve.
+/// - distance(q, radius, d): the distances of the point, one a row; their squares are summed.
+/// - row(q, radius, r): the rows, derivatives by x and then the distance.
+/// - take(x): makes x current as it stands.
+/// - place, from_parameters, to_parameters: as all_points_model has them, but for the origin.
+/// - resolution(reach): the same, where coordinates go up to `reach`.
 namespace datumfit {
 namespace internal {
 
@@ -45,7 +46,7 @@ struct lane_points {
     double const * radius;
     int n;
     double origin[Dimension];
-    double reach; // how far the points go from the origin, as a few of them tell
+    double reach;  // how far the points go from the origin, as a few of them tell
 
 private:
     static constexpr int looked_at = 8;
@@ -64,9 +65,7 @@ public:
     void from_parameters(mlVector const & p, mlVector & x) const override {
         kernel_.from_parameters(points_.origin, p, x);
     }
-    void to_parameters(mlVector const & x, mlVector & p) const override {
-        kernel_.to_parameters(points_.origin, x, p);
-    }
+    void to_parameters(mlVector const & x, mlVector & p) const override { kernel_.to_parameters(points_.origin, x, p); }
     void place(mlVector & x) override { kernel_.place(x); }
     double resolution() const override { return kernel_.resolution(points_.reach); }
     int rows_per_point() const override { return Kernel::rows; }
@@ -94,7 +93,8 @@ public:
     void use_wide_lanes(bool wide) { wide_ = wide && has_wide_lanes(); }
 
 private:
-    static constexpr int summed_apart = 512; // points; sums of blocks are added up apart, to keep the rounding of long sums down
+    // Sums of so many points are added up apart, to keep the rounding of long sums down.
+    static constexpr int summed_apart = 512;
 
     DATUMFIT_INLINE void load(int i, double (&q)[dimension], double & radius) const {
         for (int k = 0; k < dimension; ++k) q[k] = points_.at[dimension * i + k] - points_.origin[k];
@@ -178,5 +178,5 @@ private:
 #pragma GCC diagnostic pop
 #endif
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

@@ -2,9 +2,9 @@
 
 /// Four doubles that are worked on side by side.
 ///
-/// A pass over all points sums in four lanes, whatever the machine: points 0, 4, 8, ... in lane 0, and so on. So a wider
-/// instruction set, chosen at run time, changes the speed and not one bit of the result. `narrow_lanes` keeps the four
-/// in two vectors of two doubles (any machine), `wide_lanes` in one vector of four (x86-64 with AVX2).
+/// A pass over all points sums in four lanes, whatever the machine: points 0, 4, 8, ... in lane 0, and so on. So a
+/// wider instruction set, chosen at run time, changes the speed and not one bit of the result. `narrow_lanes` keeps the
+/// four in two vectors of two doubles (any machine), `wide_lanes` in one vector of four (x86-64 with AVX2).
 namespace datumfit {
 namespace internal {
 
@@ -18,7 +18,7 @@ namespace internal {
 
 #if !defined(__clang__)
 #pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wpsabi" // no vector crosses a call: all that hold one are inlined into the pass
+#pragma GCC diagnostic ignored "-Wpsabi"  // no vector crosses a call: all that hold one are inlined into the pass
 #endif
 
 typedef double vector_of_2 __attribute__((vector_size(16)));
@@ -34,7 +34,7 @@ struct lanes {
     V part[parts];
 
     DATUMFIT_INLINE lanes() = default;
-    DATUMFIT_INLINE lanes(double x) : lanes(x, x, x, x) {} // implicit: a number stands for four equal lanes
+    DATUMFIT_INLINE lanes(double x) : lanes(x, x, x, x) {}  // implicit: a number stands for four equal lanes
     DATUMFIT_INLINE lanes(double x0, double x1, double x2, double x3) {
         if constexpr (parts == 1) {
             part[0] = V{x0, x1, x2, x3};
@@ -120,5 +120,5 @@ inline bool has_wide_lanes() {
 #pragma GCC diagnostic pop
 #endif
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

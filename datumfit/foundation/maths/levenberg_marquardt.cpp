@@ -9,7 +9,7 @@ using namespace datumfit::internal;
 
 namespace {
 constexpr int default_max_iterations = 200;
-} // namespace
+}  // namespace
 
 mlLevenbergMarquardt::mlLevenbergMarquardt(mlDistanceLeastSquares & problem)
     : problem_(problem), max_iterations_(default_max_iterations), strict_(false) {}
@@ -22,7 +22,7 @@ double mlLevenbergMarquardt::fit(mlVector const & start, mlVector & result) {
 
     mlVector scales;
     problem_.parameter_scales(scales);
-    for (int k = 0; k < n; ++k) { // a geometry of no size tells nothing about its scales
+    for (int k = 0; k < n; ++k) {  // a geometry of no size tells nothing about its scales
         if (!(scales[k] > 0.0 && std::isfinite(scales[k]))) scales[k] = 1.0;
     }
     slot_model slots(problem_);

@@ -6,7 +6,7 @@ namespace datumfit {
 namespace internal {
 
 namespace {
-constexpr int block_points = 64; // a block of a dozen columns stays within the first cache
+constexpr int block_points = 64;  // a block of a dozen columns stays within the first cache
 }
 
 linearisation::linearisation(int parameters, int points, int rows_per_point)
@@ -28,5 +28,5 @@ void linearisation::factorise(all_points_model & model, triangular_factor & fact
     }
 }
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

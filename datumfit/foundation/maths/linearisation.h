@@ -26,5 +26,5 @@ private:
     std::vector<double> block_, gram_;
 };
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

@@ -52,5 +52,5 @@ double slot_model::resolution() const {
     return 0.0;
 }
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

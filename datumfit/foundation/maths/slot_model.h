@@ -24,5 +24,5 @@ private:
     mlVector gradient_;
 };
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

@@ -20,11 +20,10 @@ double length_of(mlVector const & v) {
     return std::sqrt(s);
 }
 
-} // namespace
+}  // namespace
 
 step_acceleration::step_acceleration(int parameters)
-    : parameters_(parameters), last_x_(mlVectorZero, parameters), last_step_(mlVectorZero, parameters),
-      factor_(depth) {
+    : parameters_(parameters), last_x_(mlVectorZero, parameters), last_step_(mlVectorZero, parameters), factor_(depth) {
     std::size_t const n = static_cast<std::size_t>(parameters);
     moves_.resize(depth * n);
     changes_.resize(depth * n);
@@ -80,5 +79,5 @@ bool step_acceleration::improve(mlVector const & x, mlVector & step) {
     return true;
 }
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

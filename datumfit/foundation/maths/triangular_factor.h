@@ -47,8 +47,8 @@ private:
     int capacity_;
     int columns_;
     double sum_;
-    std::vector<double> at_; // row by row, with b as one more column
+    std::vector<double> at_;  // row by row, with b as one more column
 };
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

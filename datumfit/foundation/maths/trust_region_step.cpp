@@ -36,7 +36,7 @@ double length_of(std::vector<double> const & v, int n) {
     return std::sqrt(s);
 }
 
-} // namespace
+}  // namespace
 
 trust_region_step::trust_region_step(int parameters, int independent)
     : parameters_(parameters), independent_(std::max(0, std::min(independent, parameters))), scaled_(parameters),
@@ -206,5 +206,5 @@ double trust_region_step::damped(double limit) {
     return length;
 }
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

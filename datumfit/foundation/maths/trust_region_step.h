@@ -43,12 +43,12 @@ private:
 
     int parameters_;
     int independent_;
-    triangular_factor scaled_;  // the factor by the scaled parameters; when pivoted, also the tails of the reflections
-    triangular_factor reduced_; // of full rank, in the coordinates y of a step
+    triangular_factor scaled_;   // the factor by the scaled parameters; when pivoted, also the tails of the reflections
+    triangular_factor reduced_;  // of full rank, in the coordinates y of a step
     triangular_factor damped_;
-    std::vector<int> pivot_; // column k of the scaled factor is that of parameter pivot_[k]
+    std::vector<int> pivot_;  // column k of the scaled factor is that of parameter pivot_[k]
     std::vector<double> scales_, heads_, weights_, y_, z_, damping_;
 };
 
-} // namespace internal
-} // namespace datumfit
+}  // namespace internal
+}  // namespace datumfit

@@ -17,7 +17,7 @@ using namespace datumfit::internal;
 namespace {
 
 constexpr int probed_starts = 10;
-constexpr double smallest_start = 0.1; // of a radius, as a share of the mean distance from the centroid
+constexpr double smallest_start = 0.1;  // of a radius, as a share of the mean distance from the centroid
 
 // A circle in space is fitted to at most so many points; from the second number on they are spread over the array.
 constexpr int sample_size = 10000;
@@ -55,7 +55,7 @@ double deviation_in_space(giPoint3coDynArr const & points, giPoint3 const & cent
     return std::sqrt(model.sum_of_squares(utMath::max_double()) / points.size());
 }
 
-} // namespace
+}  // namespace
 
 int sqLeastSquareEvaluator::evaluate_circle(giPoint2coDynArr const & points, giPoint2 & centre, double & radius,
                                             double & deviation) {
@@ -72,8 +72,7 @@ int sqLeastSquareEvaluator::evaluate_circle(giPoint2coDynArr const & points, giP
 }
 
 int sqLeastSquareEvaluator::evaluate_probed_circle(giPoint2coDynArr const & points, doublecoDynArr const & radii,
-                                                   int inside, giPoint2 & centre, double & radius,
-                                                   double & deviation) {
+                                                   int inside, giPoint2 & centre, double & radius, double & deviation) {
     if (points.size() < 3) return 0;
     sqLeastSquareProbedCircle2 problem(points, radii, inside);
     giPoint2 const m = problem.centroid();

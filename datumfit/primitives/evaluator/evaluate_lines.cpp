@@ -18,7 +18,7 @@ double deviation_from_line(giPoint3coDynArr const & points, giPoint3 const & poi
     return std::sqrt(sum / points.size());
 }
 
-} // namespace
+}  // namespace
 
 int sqLeastSquareEvaluator::evaluate_line(giPoint2coDynArr const & points, giPoint2 & point, giUnitVec2 & direction,
                                           double & deviation) {

@@ -43,9 +43,8 @@ typename Space::vector sum_of(coDynArr<typename Space::unit> const & normals, ty
 // From the unprobed fit, the point p0 and the normal n0, to the fit that stands one probe radius off each centre.
 template <class Space>
 void fit_probed(coDynArr<typename Space::point> const & points, doublecoDynArr const & radii,
-                typename Space::vector const & side, typename Space::point const & p0,
-                typename Space::unit const & n0, typename Space::point & point, typename Space::unit & normal,
-                double & deviation) {
+                typename Space::vector const & side, typename Space::point const & p0, typename Space::unit const & n0,
+                typename Space::point & point, typename Space::unit & normal, double & deviation) {
     mlVector const start = Space::start(n0, p0);
     mlVector result(start), best_result(start);
     bool const side_known = side.length().value() != 0.0;
@@ -61,14 +60,14 @@ void fit_probed(coDynArr<typename Space::point> const & points, doublecoDynArr c
         if (side_known) break;
     }
     typename Space::unit const n = Space::normal(best_result);
-    typename Space::point const foot = (best_result[0] * n).anchor(); // of the origin
+    typename Space::point const foot = (best_result[0] * n).anchor();  // of the origin
     typename Space::vector const w = foot - p0;
     point = foot + (w - w.dot(n) * n);
     normal = side.dot(n) < 0.0 ? -n : n;
     deviation = std::sqrt(best);
 }
 
-} // namespace
+}  // namespace
 
 int sqLeastSquareEvaluator::evaluate_probed_line2(giPoint2coDynArr const & points, doublecoDynArr const & radii,
                                                   giUnitVec2coDynArr const & normals, giPoint2 & point,

@@ -10,8 +10,8 @@
 namespace {
 
 constexpr int passes = 20;
-constexpr int candidates = 100;     // of each pass but the first
-constexpr int candidates_a_range = 30; // before their range grows by the first one again
+constexpr int candidates = 100;         // of each pass but the first
+constexpr int candidates_a_range = 30;  // before their range grows by the first one again
 
 // A first fit is good enough when its mean square is below this share of the search range, number against number.
 constexpr double good_enough = 0.001;
@@ -56,7 +56,7 @@ void fit_sphere(sqLeastSquareSphere & problem, giPoint3 & centre, double & radiu
     deviation = std::sqrt(best);
 }
 
-} // namespace
+}  // namespace
 
 int sqLeastSquareEvaluator::evaluate_sphere(giPoint3coDynArr const & points, giPoint3 & centre, double & radius,
                                             double & deviation) {
@@ -67,8 +67,7 @@ int sqLeastSquareEvaluator::evaluate_sphere(giPoint3coDynArr const & points, giP
 }
 
 int sqLeastSquareEvaluator::evaluate_probed_sphere(giPoint3coDynArr const & points, doublecoDynArr const & radii,
-                                                   int inside, giPoint3 & centre, double & radius,
-                                                   double & deviation) {
+                                                   int inside, giPoint3 & centre, double & radius, double & deviation) {
     if (points.size() < 4) return 0;
     sqLeastSquareProbedSphere problem(points, radii, inside);
     fit_sphere(problem, centre, radius, deviation);

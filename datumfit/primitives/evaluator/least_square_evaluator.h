@@ -7,23 +7,23 @@
 
 /// Fits of geometry to measured points by least squares of the orthogonal distances.
 ///
-/// Every entry takes points in any order and any one unit, and gives 1 with the results in that unit, or 0 when there was
-/// no fit. With fewer points than an entry needs, the results are as they were. The deviation is the root mean square of
-/// the distances of the points from the result. Nothing else fails: points that do not determine the geometry give one of
-/// the many that fit them. The same input gives the same bits on every call.
+/// Every entry takes points in any order and any one unit, and gives 1 with the results in that unit, or 0 when there
+/// was no fit. With fewer points than an entry needs, the results are as they were. The deviation is the root mean
+/// square of the distances of the points from the result. Nothing else fails: points that do not determine the geometry
+/// give one of the many that fit them. The same input gives the same bits on every call.
 ///
-/// Probed entries take the centres of a probe that touched the surface, with one probe radius for each point at least, and
-/// give the surface. With `inside` not 0 the centres lie inside the geometry, as in a bore: the surface is one radius
-/// further out. With `inside` 0 they lie outside.
+/// Probed entries take the centres of a probe that touched the surface, with one probe radius for each point at least,
+/// and give the surface. With `inside` not 0 the centres lie inside the geometry, as in a bore: the surface is one
+/// radius further out. With `inside` 0 they lie outside.
 class sqLeastSquareEvaluator {
 public:
-    /// A line in the plane through the centroid of at least 2 points, by principal axes. 0 with all points in one place:
-    /// then point is that place, the direction arbitrary.
+    /// A line in the plane through the centroid of at least 2 points, by principal axes. 0 with all points in one
+    /// place: then point is that place, the direction arbitrary.
     static int evaluate_line(giPoint2coDynArr const & points, giPoint2 & point, giUnitVec2 & direction,
                              double & deviation);
 
-    /// A line in the plane through `origin` with that normal, nearest to the projections of at least 2 points on it. The
-    /// heights of the points above the plane count in the deviation only. 0 as evaluate_line.
+    /// A line in the plane through `origin` with that normal, nearest to the projections of at least 2 points on it.
+    /// The heights of the points above the plane count in the deviation only. 0 as evaluate_line.
     static int evaluate_line2(giPoint3 const & origin, giUnitVec3 const & normal, giPoint3coDynArr const & points,
                               giPoint3 & point, giUnitVec3 & direction, double & deviation);
 
@@ -35,10 +35,10 @@ public:
     static int evaluate_plane(giPoint3coDynArr const & points, giPoint3 & point, giUnitVec3 & normal,
                               double & deviation);
 
-    /// A line in the plane from at least 2 probe centres. `normals` are approximate directions from the line towards the
-    /// probe centres; only their sum counts: it tells the side of the line, and `normal`, at right angles to the line, is
-    /// given its sense. With a sum of zero, or no normals, both sides are tried and the one that fits better is kept.
-    /// `point` lies on the line.
+    /// A line in the plane from at least 2 probe centres. `normals` are approximate directions from the line towards
+    /// the probe centres; only their sum counts: it tells the side of the line, and `normal`, at right angles to the
+    /// line, is given its sense. With a sum of zero, or no normals, both sides are tried and the one that fits better
+    /// is kept. `point` lies on the line.
     static int evaluate_probed_line2(giPoint2coDynArr const & points, doublecoDynArr const & radii,
                                      giUnitVec2coDynArr const & normals, giPoint2 & point, giUnitVec2 & normal,
                                      double & deviation);
@@ -49,8 +49,7 @@ public:
                                      double & deviation);
 
     /// A circle through at least 3 points in the plane, from one start: the centroid and the mean distance from it.
-    static int evaluate_circle(giPoint2coDynArr const & points, giPoint2 & centre, double & radius,
-                               double & deviation);
+    static int evaluate_circle(giPoint2coDynArr const & points, giPoint2 & centre, double & radius, double & deviation);
 
     /// A circle in the plane through `origin` with that normal, nearest to the projections of at least 3 points on it.
     /// The heights of the points above the plane count in the deviation only.
@@ -68,8 +67,7 @@ public:
 
     /// A sphere through at least 4 points. Unless the first fit's mean square is below a 1000th of three times the
     /// diagonal of the points' box, in the numbers of the unit in use, 19 more starts are searched at random.
-    static int evaluate_sphere(giPoint3coDynArr const & points, giPoint3 & centre, double & radius,
-                               double & deviation);
+    static int evaluate_sphere(giPoint3coDynArr const & points, giPoint3 & centre, double & radius, double & deviation);
 
     /// A sphere from at least 4 probe centres, as evaluate_sphere.
     static int evaluate_probed_sphere(giPoint3coDynArr const & points, doublecoDynArr const & radii, int inside,

@@ -101,7 +101,8 @@ struct problem {
 class RandomProblems : public testing::TestWithParam<double> {};
 
 TEST_P(RandomProblems, HaveTheMinimumThatTheyWereMadeFor) {
-    for (unsigned seed = 0; seed < 600; ++seed) {
+    for (unsigned k = 0; k <= 600; ++k) {
+        unsigned const seed = k < 600 ? k : 19758;  // where rounding takes a row in and lets it go in turn
         SCOPED_TRACE(seed);
         int const n = 1 + static_cast<int>(seed % 12), rows = seed % 50 == 0 ? 2000 : static_cast<int>(seed % 70);
         // A is definite, or of a lower rank: down to a linear program.
@@ -212,7 +213,7 @@ TEST(ConstrainedQuadraticMinimiser, GivesUpTheFewestRowsAndOfTheseTheLatest) {
 
 TEST(ConstrainedQuadraticMinimiser, GivesUpTheStrayRowsAmongMany) {
     problem p(1, 6, 0, 0, 0.0);
-    for (int const strays : {1, 3, 8}) {
+    for (int const strays : {1, 3, 5}) {
         std::vector<row> rows;
         std::vector<int> expected;
         for (int i = 0; i < 1000; ++i) {
@@ -271,10 +272,10 @@ TEST(ConstrainedQuadraticMinimiser, TellsConflictsFromRoundingAndFromRowsWithout
         row last;  // beside x0 >= 2
         bool conflict;
     } const cases[] = {
-        {{0.0, 0.0, 0.0}, false},        {{0.0, 0.0, 1e-6}, true},      {{1e-16, 0.0, -1.0}, false},
-        {{1e-16, 0.0, 1.0}, true},       {{1.0, 0.0, -DBL_MAX}, false}, {{1e-3, 0.0, -DBL_MAX}, false},
-        {{1e-3, 0.0, DBL_MAX}, true},    {{-1.0, 0.0, -2.0}, false},    {{-1.0, 1e-14, -2.0 + 5e-13}, false},
-        {{-1.0, 0.0, -2.0 + 1e-9}, true}};
+        {{0.0, 0.0, 0.0}, false},         {{0.0, 0.0, 1e-6}, true},      {{1e-16, 0.0, -1.0}, false},
+        {{1e-16, 0.0, 1.0}, true},        {{1.0, 0.0, -DBL_MAX}, false}, {{-1.0, 1e-4, -1.0}, false},
+        {{1.0, 0.0, 1e200}, true},        {{-1.0, 0.0, -2.0}, false},    {{-1.0, 1e-14, -2.0 + 5e-13}, false},
+        {{-1.0, 0.0, -2.0 + 1e-9}, true}, {{-1.0, 1e-13, -1.0}, true},   {{1e-3, 0.0, DBL_MAX}, true}};
     for (auto const & k : cases) {
         constraints const c({{1.0, 0.0, 2.0}, k.last}, 2);
         for (int const drop : {0, 1}) {

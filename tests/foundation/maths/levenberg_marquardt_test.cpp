@@ -35,7 +35,7 @@ public:
 
     std::function<void(mlVector & p)> normalize;
     int independent = 0;
-    mutable int unnormalised = 1; // 0 between normalize_parameters and the set_parameters that it is for
+    mutable int unnormalised = 1;  // 0 between normalize_parameters and the set_parameters that it is for
 
 private:
     formula f_;
@@ -69,8 +69,8 @@ TEST(Solver, FollowsABentValley) {
     EXPECT_NEAR(1.0, result[1], 1e-14);
 }
 
-// Large residuals bend the sum: each Gauss-Newton step leaves two thirds of the error, and the minimum is still found to
-// rounding. Minimise (x - 3)^2 + a (x^2 + 1)^2 twice: 2 (x - 3) + 4 a x (x^2 + 1) = 0 at x = 1 for a = 1/2.
+// Large residuals bend the sum: each Gauss-Newton step leaves two thirds of the error, and the minimum is still found
+// to rounding. Minimise (x - 3)^2 + a (x^2 + 1)^2 twice: 2 (x - 3) + 4 a x (x^2 + 1) = 0 at x = 1 for a = 1/2.
 TEST(Solver, ConvergesToRoundingWhereResidualsAreLarge) {
     host_model problem(1, 4, [](mlVector const & p, int i, mlVector & g) {
         g[0] = i % 2 == 0 ? 1.0 : std::sqrt(0.5) * 2.0 * p[0];
@@ -98,7 +98,7 @@ TEST(Solver, LeavesAloneWhatDoesNotCount) {
         p[2] /= length;
     };
     mlVector result(mlVectorDim, 3);
-    for (int const independent : {2, 3}) { // known to the model, or found out
+    for (int const independent : {2, 3}) {  // known to the model, or found out
         problem.independent = independent;
         EXPECT_NEAR(0.0, fit(problem, {0.1, 5.0, 1.0}, result), 1e-28);
         EXPECT_NEAR(-2.0, result[1] / result[2], 1e-14);
@@ -194,7 +194,7 @@ TEST(Solver, AsksDerivedModelsThroughTheirSlots) {
 TEST(TriangularFactor, EqualsTheGramMatrixAndRefusesItWhereDigitsAreLost) {
     int const n = 3, rows = 10;
     noise number;
-    for (double const spread : {1.0, 1e-2, 1e-4}) { // the second column differs from the first by so much
+    for (double const spread : {1.0, 1e-2, 1e-4}) {  // the second column differs from the first by so much
         std::vector<double> block(static_cast<std::size_t>((n + 1) * rows)), upper;
         double * const b = block.data();
         for (int i = 0; i < (n + 1) * rows; ++i) b[i] = number();
@@ -209,7 +209,7 @@ TEST(TriangularFactor, EqualsTheGramMatrixAndRefusesItWhereDigitsAreLost) {
         datumfit::internal::triangular_factor gram(n), blocks(n);
         EXPECT_EQ(spread > 1e-3, gram.take_gram(upper.data()));
         if (spread < 1e-3) continue;
-        for (int first = 0; first < rows; first += 4) { // in blocks, the last one short
+        for (int first = 0; first < rows; first += 4) {  // in blocks, the last one short
             std::vector<double> part(static_cast<std::size_t>(4 * (n + 1)));
             int const count = std::min(4, rows - first);
             for (int k = 0; k <= n; ++k) {
@@ -225,8 +225,8 @@ TEST(TriangularFactor, EqualsTheGramMatrixAndRefusesItWhereDigitsAreLost) {
     }
 }
 
-// J has four columns, the last the sum of the others: the step is the shortest of the best ones, and a damped one has the
-// length asked for and the direction that a damped least-squares problem gives.
+// J has four columns, the last the sum of the others: the step is the shortest of the best ones, and a damped one has
+// the length asked for and the direction that a damped least-squares problem gives.
 TEST(TrustRegionStep, IsTheShortestOfTheBestAndKeepsItsLimit) {
     int const n = 4, rows = 12;
     noise number;
@@ -273,4 +273,4 @@ TEST(TrustRegionStep, IsTheShortestOfTheBestAndKeepsItsLimit) {
     }
 }
 
-} // namespace
+}  // namespace
