@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <utility>
 
@@ -21,7 +22,7 @@ constexpr double rounding = std::numeric_limits<double>::epsilon();
 
 // So many points tell a frame; they are taken all over the array, in no regular order that a scan might share.
 constexpr int sample_size = 32;
-constexpr double golden_ratio = 0.6180339887498949;
+constexpr std::uint32_t golden_ratio = 2654435769;  // its fraction, in units of 2^-32
 
 // The moments of a frame are good while turning them into the axes cancels no more than this share of the smallest.
 constexpr double trusted_share = 1e-2;
@@ -87,8 +88,8 @@ DATUMFIT_WIDE void gather_wide(double const * p, int n, frame<D> const & f, doub
 template <int D>
 void gather_sample(double const * p, int n, frame<D> const & f, double (&total)[moments<D>]) {
     for (int i = 0; i < sample_size; ++i) {
-        double const share = i * golden_ratio - std::floor(i * golden_ratio);
-        int const at = std::min(n - 1, static_cast<int>(share * n));
+        std::uint32_t const share = static_cast<std::uint32_t>(i) * golden_ratio;  // of the array, modulo all of it
+        int const at = static_cast<int>((std::uint64_t{share} * static_cast<std::uint64_t>(n)) >> 32);
         double q[D];
         for (int k = 0; k < D; ++k) q[k] = p[D * at + k];
         add_moments(q, f, total);
