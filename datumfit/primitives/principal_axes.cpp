@@ -24,7 +24,7 @@ constexpr double rounding = std::numeric_limits<double>::epsilon();
 constexpr int sample_size = 32;
 constexpr std::uint32_t golden_ratio = 2654435769;  // its fraction, in units of 2^-32
 
-// The moments of a frame are good while turning them into the axes cancels no more than this share of the smallest.
+// The moments of a frame are good while at least this share of each is left when they are turned into the axes.
 constexpr double trusted_share = 1e-2;
 constexpr int frames_tried = 4;
 

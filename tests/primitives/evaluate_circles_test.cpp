@@ -10,7 +10,7 @@ class CircleFit : public testing::TestWithParam<placement> {};
 
 // An arc of angle t fixes the radius through its sagitta alone, which magnifies the rounding of the input.
 double rounding_of_arc(placement const & at, double angle) {
-    return rounding_at(at) / (1.0 - std::cos(0.5 * std::min(angle, utMath::pi())));  // the worst seen is 0.9 of it
+    return rounding_at(at) / (1.0 - std::cos(0.5 * std::min(angle, utMath::pi())));  // the worst seen is 0.50 of it
 }
 
 TEST_P(CircleFit, FindsTheCircleThatThePointsLieOn) {

@@ -8,7 +8,7 @@ class SphereFit : public testing::TestWithParam<placement> {};
 
 // A cap of half angle h fixes the radius through its sagitta 1 - cos h only, which magnifies the rounding of the input.
 double rounding_of_cap(placement const & at, double half_angle) {
-    return rounding_at(at) / (1.0 - std::cos(half_angle));  // the worst seen is 0.5 of it
+    return rounding_at(at) / (1.0 - std::cos(half_angle));  // the worst seen is all of it
 }
 
 TEST_P(SphereFit, FindsTheSphereThatThePointsLieOn) {
