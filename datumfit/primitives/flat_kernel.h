@@ -16,9 +16,9 @@ namespace internal {
 /// The solver counts d from the first point. Counted from the origin of coordinates far away, n would hardly turn
 /// without d changing by much more, and the digits of both would be lost.
 template <int Dimension>
-struct flat_kernel {
+struct flat_kernel : plain_steps<Dimension + 1> {
     static constexpr int dimension = Dimension;
-    static constexpr int parameters = Dimension + 1;
+    using plain_steps<Dimension + 1>::parameters;
     static constexpr int rows = 1;
     static constexpr bool probed = true;
     static constexpr bool regular = false;

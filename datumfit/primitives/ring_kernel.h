@@ -14,9 +14,8 @@ namespace internal {
 /// squared distance from the circle is (f - R)² + g². The two go into the least-squares problem as rows of their own,
 /// whose squares add up to that; the distance itself is a norm, bent at 0, on which Gauss-Newton steps converge slowly.
 /// Parameters: the centre C, the normal n, the radius R.
-struct ring_kernel {
+struct ring_kernel : plain_steps<7> {
     static constexpr int dimension = 3;
-    static constexpr int parameters = 7;
     static constexpr int rows = 2;
     static constexpr bool probed = false;
     static constexpr bool regular = false;
@@ -44,6 +43,9 @@ struct ring_kernel {
             normal[k] = x[3 + k];
         }
         radius = x[6];
+    }
+    void scales(double, mlVector & s) const {
+        for (int k = 0; k < unknowns; ++k) s[k] = k >= 3 && k < 6 ? radius : 1.0;
     }
     double resolution(double) const {
         double const reach = std::abs(radius) + std::abs(centre[0]) + std::abs(centre[1]) + std::abs(centre[2]);

@@ -12,9 +12,9 @@ namespace internal {
 /// Circles of the plane and spheres: the distance of q from centre C and radius R is d = |q - C| + r - R, r the signed
 /// probe radius. With u = q - C: dd/dC = -u / |u| and dd/dR = -1. Parameters: the centre, the radius.
 template <int Dimension, bool Probed>
-struct round_kernel {
+struct round_kernel : plain_steps<Dimension + 1> {
     static constexpr int dimension = Dimension;
-    static constexpr int parameters = Dimension + 1;
+    using plain_steps<Dimension + 1>::parameters;
     static constexpr int rows = 1;
     static constexpr bool probed = Probed;
     static constexpr bool regular = true;

@@ -8,8 +8,9 @@ namespace internal {
 /// A least-squares model as the solver sees it: all points at once, in coordinates of the solver's own.
 ///
 /// The solver moves a vector x, which has one entry for each parameter. A model may choose x so that no digits are
-/// lost: the fits of this library measure positions from one of the points, where the parameters count from the origin
-/// of the coordinates, however far away that is.
+/// lost: the fits of this library measure positions from among the points, where the parameters count from the origin
+/// of the coordinates, however far away that is. A model may also choose steps of fewer entries than x has, one for
+/// each way in which the geometry can change: an axis, say, that can be tilted and shifted in two ways each.
 class all_points_model {
 public:
     virtual ~all_points_model() = default;
@@ -21,11 +22,24 @@ public:
     /// Brings x to its unique form and makes it current.
     virtual void place(mlVector & x) = 0;
 
+    /// The number of entries of a step.
+    virtual int unknowns() const = 0;
+
+    /// Writes the x that a step from an x in its unique form leads to, which need not be in that form.
+    virtual void move(mlVector const & x, mlVector const & step, mlVector & to) const = 0;
+
+    /// Writes the step from one x to another nearby, both in their unique form.
+    virtual void difference(mlVector const & from, mlVector const & to, mlVector & step) const = 0;
+
+    /// Writes a positive scale for each entry of a step: the length by which the current geometry moves, roughly, when
+    /// that entry grows by one.
+    virtual void scales(mlVector & s) const = 0;
+
     /// The sum of the squared distances; may stop and give any number above `bound` once the sum exceeds it.
     virtual double sum_of_squares(double bound) = 0;
 
-    /// Writes the upper triangle, row by row, of the Gram matrix of [J d]: derivatives by x, then distances. False when
-    /// the model offers none.
+    /// Writes the upper triangle, row by row, of the Gram matrix of [J d]: derivatives by the step, then distances.
+    /// False when the model offers none.
     virtual bool gram(double * upper) = 0;
 
     /// Writes rows of [J d] for points `first` up to `first + count`, column k at columns + k * stride, the distances

@@ -1,5 +1,6 @@
 #include <datumfit/foundation/maths/descent.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -53,20 +54,19 @@ constexpr double undone = 1e-3;
 
 }  // namespace
 
-descent::descent(mlDistanceLeastSquares & problem, all_points_model & model, int points, mlVector const & scales,
-                 bool strict)
-    : problem_(problem), model_(model), points_(points), strict_(strict), scales_(scales),
-      x_(mlVectorZero, scales.dimension()), trial_x_(x_), best_x_(x_), step_(x_), direction_(x_),
-      factor_(scales.dimension()), trial_factor_(scales.dimension()),
-      steps_(scales.dimension(), problem.n_independent_parameters()),
-      linearise_(scales.dimension(), points, model.rows_per_point()), acceleration_(scales.dimension()) {}
+descent::descent(mlDistanceLeastSquares & problem, all_points_model & model, int points)
+    : problem_(problem), model_(model), points_(points), x_(mlVectorZero, problem.n_parameters()), trial_x_(x_),
+      best_x_(x_), step_(mlVectorZero, model.unknowns()), last_move_(step_), direction_(step_), push_(step_),
+      scales_(step_), factor_(model.unknowns()), trial_factor_(model.unknowns()),
+      steps_(model.unknowns(), std::min(model.unknowns(), problem.n_independent_parameters())),
+      linearise_(model.unknowns(), points, model.rows_per_point()), acceleration_(model.unknowns()) {}
 
 void descent::stand_at(mlVector const & x) {
     x_ = x;
     model_.place(x_);
     linearise_.run(model_, factor_);
     steps_.reduce(factor_, scales_.data());
-    last_step_ = false;
+    now_.last_step = false;
 }
 
 // By how much two sums of squares may differ through rounding alone.
@@ -85,43 +85,40 @@ bool descent::at_rounding() const {
 // Takes one step, if it leads down; otherwise the next one is shorter. False when no step is worth a pass any more.
 bool descent::try_step() {
     double gain = 0.0;
-    double const length = steps_.take(limit_, step_.data(), gain);
+    double const length = steps_.take(now_.limit, step_.data(), gain);
     if (is_last_step(length)) return false;
-    bool const near = length < limit_ && gain < near_the_minimum * sum();
+    bool const near = length < now_.limit && gain < near_the_minimum * sum();
     if (!near) acceleration_.reset();
-    bool const improved = near && acceleration_.improve(x_, step_);
-    bool changed = false;
-    for (int k = 0; k < x_.dimension(); ++k) {
-        trial_x_[k] = x_[k] + step_[k];
-        changed = changed || trial_x_[k] != x_[k];
-    }
-    if (!changed) return false;
+    bool const improved = near && acceleration_.improve(last_move_, step_);
+    model_.move(x_, step_, trial_x_);
+    if (std::equal(x_.data(), x_.data() + x_.dimension(), trial_x_.data())) return false;
     model_.place(trial_x_);
     linearise_.run(model_, trial_factor_);
 
     double const decrease = sum() - trial_factor_.sum_of_squares();
-    flat_ = gain <= slack();
-    moved_ = decrease >= -slack() || gradient_fell(gain, decrease);  // false for a NaN
-    if (!moved_) {
+    now_.flat = gain <= slack();
+    now_.moved = decrease >= -slack() || gradient_fell(gain, decrease);  // false for a NaN
+    if (!now_.moved) {
         acceleration_.reset();
         if (improved) return true;
     }
-    if (!flat_) {
+    if (!now_.flat) {
         double const ratio = decrease / gain;
         if (!(ratio >= poor_ratio)) {
             // The lowest point of the parabola through the two sums with the slope of the linearised problem.
-            limit_ = length * std::fmin(std::fmax(1.0 / (2.0 - ratio), least_cut), most_cut);
+            now_.limit = length * std::fmin(std::fmax(1.0 / (2.0 - ratio), least_cut), most_cut);
         } else if (ratio >= good_ratio) {
-            limit_ = std::fmax(limit_, growth * length);
+            now_.limit = std::fmax(now_.limit, growth * length);
         }
     }
-    if (moved_) {
+    if (now_.moved) {
         std::swap(factor_, trial_factor_);
+        model_.difference(x_, trial_x_, last_move_);
         std::swap(x_, trial_x_);
         // From afar a step contracts more than those that follow it will, and an improved one more than plain ones do.
-        contracts_ = near && !improved;
-        last_length_ = length;
-        last_removable_ = removable();
+        now_.contracts = near && !improved;
+        now_.last_length = length;
+        now_.last_removable = removable();
         steps_.reduce(factor_, scales_.data());
     }
     return true;
@@ -142,33 +139,33 @@ bool descent::gradient_fell(double gain, double decrease) {
 // When the steps shrink so fast that the one behind this would move the geometry by less than distances can tell, this
 // one is taken without looking again: on so short a way the linearised problem is exact.
 bool descent::is_last_step(double length) {
-    double const contraction = std::fmax(length / last_length_, removable() / last_removable_);
-    double const next = length * (contracts_ ? std::fmin(1.0, contraction_margin * contraction) : 1.0);
-    last_step_ = !strict_ && length < limit_ && next <= last_move * model_.resolution();
-    return last_step_;
+    double const contraction = std::fmax(length / now_.last_length, removable() / now_.last_removable);
+    double const next = length * (now_.contracts ? std::fmin(1.0, contraction_margin * contraction) : 1.0);
+    now_.last_step = !strict_ && length < now_.limit && next <= last_move * model_.resolution();
+    return now_.last_step;
 }
 
 // Whether the steps have ceased to help: sums no longer tell them apart, and the gradient stays where it was.
 bool descent::stale() {
-    if (!flat_) {
-        lowest_ = unlimited;
-        stale_ = 0;
+    if (!now_.flat) {
+        now_.lowest = unlimited;
+        now_.stale = 0;
         return false;
     }
-    if (moved_ && removable() < lower_gradient * lowest_) {
-        lowest_ = removable();
+    if (now_.moved && removable() < lower_gradient * now_.lowest) {
+        now_.lowest = removable();
         best_x_ = x_;
-        stale_ = 0;
+        now_.stale = 0;
         return false;
     }
-    return ++stale_ >= stale_limit;
+    return ++now_.stale >= stale_limit;
 }
 
 // Leaves a stationary point that is no minimum: a saddle that was never left, or a ridge along a parameter on which the
 // distances do not depend at first order. There a step the length of the mean distance leads down.
 bool descent::push() {
-    int const n = x_.dimension();
-    bool const descended = sum() < stationary_from_ - slack();
+    int const n = step_.dimension();
+    bool const descended = sum() < now_.stationary_from - slack();
     double const length = std::sqrt(sum() / points_);
     if (!(length > model_.resolution())) return false;
     double lowest = sum() - 10.0 * slack();
@@ -183,19 +180,21 @@ bool descent::push() {
     }
     if (found) {
         stand_at(best_x_);
-        stationary_from_ = sum();
-        limit_ = length;
-        lowest_ = unlimited;
-        stale_ = 0;
+        now_.stationary_from = sum();
+        now_.limit = length;
+        now_.lowest = unlimited;
+        now_.stale = 0;
     }
     return found;
 }
 
 bool descent::try_push(double way, double & lowest) {
-    double moved = 0.0;
-    for (int j = 0; j < x_.dimension(); ++j) trial_x_[j] = x_[j] + way * direction_[j];
+    for (int j = 0; j < push_.dimension(); ++j) push_[j] = way * direction_[j];
+    model_.move(x_, push_, trial_x_);
     model_.place(trial_x_);
-    for (int j = 0; j < x_.dimension(); ++j) moved = std::fmax(moved, scales_[j] * std::abs(trial_x_[j] - x_[j]));
+    model_.difference(x_, trial_x_, push_);
+    double moved = 0.0;
+    for (int j = 0; j < push_.dimension(); ++j) moved = std::fmax(moved, scales_[j] * std::abs(push_[j]));
     if (!(moved > undone * std::abs(way))) return false;
     double const s = model_.sum_of_squares(lowest);
     if (!(s < lowest)) return false;
@@ -207,32 +206,45 @@ bool descent::try_push(double way, double & lowest) {
 // Gives the mean square at the parameters, which may differ from the solver's own coordinates by their rounding.
 double descent::finish(mlVector & result) {
     trial_x_ = x_;
-    if (last_step_) {
-        trial_x_ += step_;
+    if (now_.last_step) {
+        model_.move(x_, step_, trial_x_);
         model_.place(trial_x_);
     }
     model_.to_parameters(trial_x_, result);
     problem_.normalize_parameters(result);
     problem_.set_parameters(result);
     model_.from_parameters(result, trial_x_);
+    model_.difference(x_, trial_x_, step_);
     double change = 0.0;
-    for (int i = 0; i < x_.dimension(); ++i) {
+    for (int i = 0; i < step_.dimension(); ++i) {
         double w = 0.0;
-        for (int j = i; j < x_.dimension(); ++j) w += factor_(i, j) * (trial_x_[j] - x_[j]);
+        for (int j = i; j < step_.dimension(); ++j) w += factor_(i, j) * step_[j];
         change += w * (2.0 * factor_.head(i) + w);
     }
     double const there = std::isfinite(sum()) ? std::fmax(0.0, sum() + change) : sum();
     return points_ > 0 ? there / points_ : 0.0;
 }
 
-double descent::run(mlVector const & start, int max_iterations, mlVector & result) {
+void descent::begin(mlVector const & start) {
+    now_ = progress();
+    acceleration_.reset();
     model_.from_parameters(start, trial_x_);
+    model_.place(trial_x_);
+    model_.scales(scales_);
+    for (int k = 0; k < scales_.dimension(); ++k) {  // a geometry of no size tells nothing about its scales
+        if (!(scales_[k] > 0.0 && std::isfinite(scales_[k]))) scales_[k] = 1.0;
+    }
     stand_at(trial_x_);
-    stationary_from_ = sum();
+    now_.stationary_from = sum();
+}
+
+double descent::run(mlVector const & start, int max_iterations, bool strict, mlVector & result) {
+    strict_ = strict;
+    begin(start);
     int pushes = 0;
     for (int iteration = 0; iteration < max_iterations && std::isfinite(sum()); ++iteration) {
         if ((strict_ || !at_rounding()) && try_step() && !stale()) continue;
-        if (removable() > lowest_) stand_at(best_x_);
+        if (removable() > now_.lowest) stand_at(best_x_);
         if (pushes++ == push_limit || !push()) break;
     }
     return finish(result);

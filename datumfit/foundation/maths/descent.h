@@ -13,22 +13,39 @@
 namespace datumfit {
 namespace internal {
 
-/// One fit, from start to end, with all buffers made beforehand.
+/// Fits of one problem, each from its start to its end, with all buffers made beforehand.
 ///
 /// Each iteration is one pass over the points, at the trial point: it tells whether the step led down, and holds the
 /// next linearised problem if so.
 class descent {
 public:
-    /// For a problem and its model, which may be the problem's own slots; all must outlive the fit. The scales are
-    /// positive.
-    descent(mlDistanceLeastSquares & problem, all_points_model & model, int points, mlVector const & scales,
-            bool strict);
+    /// For a problem and its model, which may be the problem's own slots; both must outlive this.
+    descent(mlDistanceLeastSquares & problem, all_points_model & model, int points);
 
     /// Writes the parameters of the best point found from start, normalised, and makes them current. Gives their mean
     /// square.
-    double run(mlVector const & start, int max_iterations, mlVector & result);
+    double run(mlVector const & start, int max_iterations, bool strict, mlVector & result);
 
 private:
+    // What one fit has learnt on its way.
+    struct progress {
+        double limit = std::numeric_limits<double>::infinity();  // of the scaled length of a step
+        double stationary_from = 0.0;                            // the sum at the start, or behind the last push
+
+        // Of the step taken last: its length, the gradient before it, and whether they foretell the next ones.
+        double last_length = 0.0;
+        double last_removable = 0.0;
+        bool contracts = false;
+
+        bool moved = true;       // the step in hand led down
+        bool flat = false;       // it promised less than sums can tell
+        bool last_step = false;  // it needs no pass behind it
+
+        double lowest = std::numeric_limits<double>::infinity();  // gradient, where sums no longer differ
+        int stale = 0;                                            // steps since then
+    };
+
+    void begin(mlVector const & start);
     void stand_at(mlVector const & x);
     bool at_rounding() const;
     bool try_step();
@@ -46,28 +63,14 @@ private:
     mlDistanceLeastSquares & problem_;
     all_points_model & model_;
     int points_;
-    bool strict_;
-    mlVector const & scales_;
-    mlVector x_, trial_x_, best_x_, step_, direction_;
+    bool strict_ = false;
+    mlVector x_, trial_x_, best_x_;
+    mlVector step_, last_move_, direction_, push_, scales_;
     triangular_factor factor_, trial_factor_;
     trust_region_step steps_;
     linearisation linearise_;
     step_acceleration acceleration_;
-
-    double limit_ = std::numeric_limits<double>::infinity();  // of the scaled length of a step
-    double stationary_from_ = 0.0;                            // the sum at the start, or behind the last push
-
-    // Of the step taken last: its length, the gradient before it, and whether they foretell the next ones.
-    double last_length_ = 0.0;
-    double last_removable_ = 0.0;
-    bool contracts_ = false;
-
-    bool moved_ = true;       // the step in hand led down
-    bool flat_ = false;       // it promised less than sums can tell
-    bool last_step_ = false;  // it needs no pass behind it
-
-    double lowest_ = std::numeric_limits<double>::infinity();  // gradient, among the points where sums no longer differ
-    int stale_ = 0;                                            // steps since then
+    progress now_;
 };
 
 }  // namespace internal

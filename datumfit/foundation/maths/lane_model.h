@@ -11,14 +11,15 @@
 /// A kernel holds the state of one geometry and answers for a point q, measured from the origin that the model chose,
 /// with the signed probe radius `radius`; both are doubles or lanes.
 ///
-/// - dimension, parameters, rows: the coordinates of a point, the entries of x, the rows of [J d] that a point gives.
+/// - dimension, unknowns, rows: the coordinates of a point, the entries of a step, the rows of [J d] that a point
+/// gives.
 /// - probed: whether points have radii.
 /// - regular: whether J has full rank as a rule, so that a Gram matrix can serve.
 /// - distance(q, radius, d): the distances of the point, one a row; their squares are summed.
-/// - row(q, radius, r): the rows, derivatives by x and then the distance.
+/// - row(q, radius, r): the rows, derivatives by the step and then the distance.
 /// - take(x): makes x current as it stands.
-/// - place, from_parameters, to_parameters: as all_points_model has them, but for the origin.
-/// - resolution(reach): the same, where coordinates go up to `reach`.
+/// - place, move, difference, from_parameters, to_parameters: as all_points_model has them, but for the origin.
+/// - scales(reach, s), resolution(reach): the same, where coordinates go up to `reach`.
 namespace datumfit {
 namespace internal {
 
@@ -27,14 +28,35 @@ namespace internal {
 #pragma GCC diagnostic ignored "-Wpsabi"
 #endif
 
-/// Points as plain numbers, seen from the first of them: differences of neighbours keep the digits that coordinates far
-/// from 0 would lose.
+/// The steps of a kernel that has one unknown for each parameter.
+template <int Parameters>
+struct plain_steps {
+    static constexpr int parameters = Parameters;
+    static constexpr int unknowns = Parameters;
+
+    static void move(mlVector const & x, mlVector const & step, mlVector & to) {
+        for (int k = 0; k < Parameters; ++k) to[k] = x[k] + step[k];
+    }
+    static void difference(mlVector const & from, mlVector const & to, mlVector & step) {
+        for (int k = 0; k < Parameters; ++k) step[k] = to[k] - from[k];
+    }
+    static void scales(double, mlVector & s) { s.fill(1.0); }
+};
+
+/// Points as plain numbers, seen from an origin among them: differences of neighbours keep the digits that coordinates
+/// far from 0 would lose.
 template <int Dimension>
 struct lane_points {
-    lane_points(double const * coordinates, double const * radii, int count)
+    lane_points(double const * coordinates, double const * radii, int count, double const * seen_from)
         : at(coordinates), radius(radii), n(count), origin{}, reach(0.0) {
-        for (int k = 0; k < Dimension && n > 0; ++k) origin[k] = at[k];
-        for (int i = 1; i <= looked_at && n > 0; ++i) {
+        for (int k = 0; k < Dimension && n > 0; ++k) origin[k] = seen_from[k];
+        look();
+    }
+
+    /// Takes note of how far the points go; to be called when they were written anew.
+    void look() {
+        reach = 0.0;
+        for (int i = 0; i <= looked_at && n > 0; ++i) {
             int const index = static_cast<int>(static_cast<long long>(n - 1) * i / looked_at);
             for (int k = 0; k < Dimension; ++k) {
                 reach = std::max(reach, std::abs(at[Dimension * index + k] - origin[k]));
@@ -56,17 +78,28 @@ template <class Kernel>
 class lane_model : public all_points_model {
 public:
     static constexpr int dimension = Kernel::dimension;
-    static constexpr int columns = Kernel::parameters + 1;
+    static constexpr int columns = Kernel::unknowns + 1;
     static constexpr int products = columns * (columns + 1) / 2;
 
+    /// Sees the points from the first of them.
     lane_model(double const * coordinates, double const * radii, int count)
-        : points_(coordinates, radii, count), wide_(has_wide_lanes()) {}
+        : lane_model(coordinates, radii, count, coordinates) {}
+
+    /// Sees them from a place of its own, at no greater distance than they are from each other.
+    lane_model(double const * coordinates, double const * radii, int count, double const * origin)
+        : points_(coordinates, radii, count, origin), wide_(has_wide_lanes()) {}
 
     void from_parameters(mlVector const & p, mlVector & x) const override {
         kernel_.from_parameters(points_.origin, p, x);
     }
     void to_parameters(mlVector const & x, mlVector & p) const override { kernel_.to_parameters(points_.origin, x, p); }
     void place(mlVector & x) override { kernel_.place(x); }
+    int unknowns() const override { return Kernel::unknowns; }
+    void move(mlVector const & x, mlVector const & step, mlVector & to) const override { kernel_.move(x, step, to); }
+    void difference(mlVector const & from, mlVector const & to, mlVector & step) const override {
+        kernel_.difference(from, to, step);
+    }
+    void scales(mlVector & s) const override { kernel_.scales(points_.reach, s); }
     double resolution() const override { return kernel_.resolution(points_.reach); }
     int rows_per_point() const override { return Kernel::rows; }
 

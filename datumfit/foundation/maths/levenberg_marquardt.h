@@ -3,6 +3,8 @@
 #include <datumfit/foundation/maths/distance_least_squares.h>
 #include <datumfit/foundation/maths/vector.h>
 
+#include <memory>
+
 /// Finds the parameters of a model whose mean square distance from the points is least, from a start.
 ///
 /// The method is that of Levenberg 1944 and Marquardt 1963 in the form of Moré 1978: Gauss-Newton steps, of bounded
@@ -14,11 +16,12 @@
 ///    iterations. A start on a saddle or a ridge is left by trying short steps along each parameter.
 /// 3. Every vector that is set passed through normalize_parameters() before; so did the result, which is set at the
 /// end.
-/// 4. Nothing is allocated within an iteration.
+/// 4. Nothing is allocated within an iteration, nor in a fit behind the first of one solver.
 class mlLevenbergMarquardt {
 public:
     /// Binds the solver to a problem, which must outlive it.
     explicit mlLevenbergMarquardt(mlDistanceLeastSquares & problem);
+    ~mlLevenbergMarquardt();
 
     /// The limit of iterations; 200 until set.
     void set_max_iterations(int limit) { max_iterations_ = limit; }
@@ -32,7 +35,10 @@ public:
     double fit(mlVector const & start, mlVector & result);
 
 private:
+    struct workspace;
+
     mlDistanceLeastSquares & problem_;
     int max_iterations_;
     bool strict_;
+    std::unique_ptr<workspace> workspace_;
 };

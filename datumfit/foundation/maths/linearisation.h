@@ -11,7 +11,7 @@ namespace internal {
 /// Turns the current state of a model into the triangular factor of its Jacobian and distances, in one pass.
 class linearisation {
 public:
-    linearisation(int parameters, int points, int rows_per_point);
+    linearisation(int unknowns, int points, int rows_per_point);
 
     /// By the model's Gram matrix where it offers one that keeps its digits, else by factorise().
     void run(all_points_model & model, triangular_factor & factor);
@@ -20,7 +20,7 @@ public:
     void factorise(all_points_model & model, triangular_factor & factor);
 
 private:
-    int parameters_;
+    int unknowns_;
     int points_;
     int stride_;
     std::vector<double> block_, gram_;

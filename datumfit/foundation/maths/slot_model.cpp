@@ -21,6 +21,22 @@ void slot_model::place(mlVector & x) {
     problem_.set_parameters(x);
 }
 
+int slot_model::unknowns() const {
+    return problem_.n_parameters();
+}
+
+void slot_model::move(mlVector const & x, mlVector const & step, mlVector & to) const {
+    for (int k = 0; k < unknowns(); ++k) to[k] = x[k] + step[k];
+}
+
+void slot_model::difference(mlVector const & from, mlVector const & to, mlVector & step) const {
+    for (int k = 0; k < unknowns(); ++k) step[k] = to[k] - from[k];
+}
+
+void slot_model::scales(mlVector & s) const {
+    problem_.parameter_scales(s);
+}
+
 double slot_model::sum_of_squares(double bound) {
     double sum = 0.0;
     for (int i = 0; i < problem_.n_points_ && !(sum > bound); ++i) {

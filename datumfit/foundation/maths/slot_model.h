@@ -14,6 +14,10 @@ public:
     void from_parameters(mlVector const & p, mlVector & x) const override;
     void to_parameters(mlVector const & x, mlVector & p) const override;
     void place(mlVector & x) override;
+    int unknowns() const override;
+    void move(mlVector const & x, mlVector const & step, mlVector & to) const override;
+    void difference(mlVector const & from, mlVector const & to, mlVector & step) const override;
+    void scales(mlVector & s) const override;
     double sum_of_squares(double bound) override;
     bool gram(double * upper) override;
     int rows(int first, int count, double * columns, int stride) override;

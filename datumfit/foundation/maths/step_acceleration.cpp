@@ -22,9 +22,9 @@ double length_of(mlVector const & v) {
 
 }  // namespace
 
-step_acceleration::step_acceleration(int parameters)
-    : parameters_(parameters), last_x_(mlVectorZero, parameters), last_step_(mlVectorZero, parameters), factor_(depth) {
-    std::size_t const n = static_cast<std::size_t>(parameters);
+step_acceleration::step_acceleration(int unknowns)
+    : unknowns_(unknowns), last_step_(mlVectorZero, unknowns), factor_(depth) {
+    std::size_t const n = static_cast<std::size_t>(unknowns);
     moves_.resize(depth * n);
     changes_.resize(depth * n);
     block_.resize((depth + 1) * n);
@@ -37,21 +37,20 @@ void step_acceleration::reset() {
     last_length_ = 0.0;
 }
 
-bool step_acceleration::improve(mlVector const & x, mlVector & step) {
-    int const n = parameters_;
+bool step_acceleration::improve(mlVector const & moved, mlVector & step) {
+    int const n = unknowns_;
     double const length = length_of(step);
     bool const is_slow = last_length_ > 0.0 && length > slow * last_length_ && length < last_length_;
     if (last_length_ > 0.0) {
         double * const move = moves_.data() + count_ % depth * n;
         double * const change = changes_.data() + count_ % depth * n;
         for (int k = 0; k < n; ++k) {
-            move[k] = x[k] - last_x_[k];
+            move[k] = moved[k];
             change[k] = step[k] - last_step_[k];
         }
         ++count_;
         known_ = std::min(known_ + 1, std::min(depth, n));
     }
-    last_x_ = x;
     last_step_ = step;
     last_length_ = length;
     if (!is_slow) return false;

@@ -15,24 +15,24 @@ namespace internal {
 /// to where they say that the step is zero.
 class step_acceleration {
 public:
-    explicit step_acceleration(int parameters);
+    explicit step_acceleration(int unknowns);
 
     /// Forgets all steps.
     void reset();
 
-    /// Takes note of the full step from x, and replaces it by a better one when there are earlier ones to learn from
-    /// and they shrink slowly. Gives whether it did.
-    bool improve(mlVector const & x, mlVector & step);
+    /// Takes note of the full step from here, where a move has led from the point of the step before, and replaces it
+    /// by a better one when there are earlier ones to learn from and they shrink slowly. Gives whether it did.
+    bool improve(mlVector const & moved, mlVector & step);
 
 private:
     static constexpr int depth = 6;
 
-    int parameters_;
+    int unknowns_;
     int known_ = 0;  // differences held, the newest at slot (count_ - 1) % depth
     int count_ = 0;
     double last_length_ = 0.0;
-    mlVector last_x_, last_step_;
-    std::vector<double> moves_, changes_, block_, weights_;  // differences of x and of the step, one behind the other
+    mlVector last_step_;
+    std::vector<double> moves_, changes_, block_, weights_;  // moves and the changes of the step by them, in turn
     triangular_factor factor_;
 };
 
