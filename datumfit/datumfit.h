@@ -2,6 +2,21 @@
 
 /// All of the library.
 
+#include <datumfit/curved/cone/cone_guess_generator.h>
+#include <datumfit/curved/cone/cone_normal.h>
+#include <datumfit/curved/cone/cone_solver.h>
+#include <datumfit/curved/cone/cone_tolerance.h>
+#include <datumfit/curved/cone/fitted_cone.h>
+#include <datumfit/curved/cone/least_square_cone.h>
+#include <datumfit/curved/cone/least_square_cone_fixed_axis.h>
+#include <datumfit/curved/cone/least_square_cone_results.h>
+#include <datumfit/curved/cone/least_square_probed_cone.h>
+#include <datumfit/curved/cylinder/cylinder_initial_solution.h>
+#include <datumfit/curved/cylinder/cylinder_solver.h>
+#include <datumfit/curved/cylinder/fitted_cylinder.h>
+#include <datumfit/curved/cylinder/least_square_cylinder.h>
+#include <datumfit/curved/cylinder/least_square_probed_cylinder.h>
+#include <datumfit/extremal/circle_touching_three_circles.h>
 #include <datumfit/foundation/containers/buffer_guard.h>
 #include <datumfit/foundation/containers/dyn_arr.h>
 #include <datumfit/foundation/containers/dyn_arr_iterator.h>
@@ -64,3 +79,7 @@
 #include <datumfit/primitives/least_square_probed_sphere.h>
 #include <datumfit/primitives/least_square_sphere.h>
 #include <datumfit/primitives/utils.h>
+#include <datumfit/sampling/rand_dir_gen_multi.h>
+#include <datumfit/sampling/rand_dir_generator.h>
+#include <datumfit/sampling/scan_range.h>
+#include <datumfit/sampling/vector_gradient.h>

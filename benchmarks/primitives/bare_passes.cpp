@@ -1,5 +1,7 @@
 #include <benchmarks/support/noisy_points.h>
 #include <benchmarks/support/time_fit.h>
+#include <datumfit/curved/cone/cone_kernel.h>
+#include <datumfit/curved/cylinder/cylinder_kernel.h>
 #include <datumfit/datumfit.h>
 #include <datumfit/foundation/maths/linearisation.h>
 #include <datumfit/primitives/flat_kernel.h>
@@ -16,9 +18,11 @@ using namespace datumfit::internal;
 
 template <class Kernel, class Points>
 void time_pass(benchmark::State & state, Points const & points, mlVector & x, doublecoDynArr const & radii) {
-    lane_model<Kernel> model(plain(points), radii.data(), points.size());
-    linearisation pass(Kernel::parameters, points.size(), Kernel::rows);
-    triangular_factor factor(Kernel::parameters);
+    double mean[3];
+    mean_of_points(plain(points), Kernel::dimension, points.size(), mean);
+    lane_model<Kernel> model(plain(points), radii.data(), points.size(), mean);
+    linearisation pass(Kernel::unknowns, points.size(), Kernel::rows);
+    triangular_factor factor(Kernel::unknowns);
     model.from_parameters(mlVector(utCopy, x), x);
     model.place(x);
     for (auto _ : state) {
@@ -73,6 +77,30 @@ void BM_bare_pass_circle3(benchmark::State & state) {
     time_pass<ring_kernel>(state, points, x, doublecoDynArr());
 }
 BENCHMARK(BM_bare_pass_circle3)->Apply(plain_sizes);
+
+void BM_bare_pass_cylinder(benchmark::State & state) {
+    giPoint3coDynArr const points = noisy_cylinder(n_points(state));
+    giPoint3 p;
+    giUnitVec3 a;
+    double radius = 1.0, deviation;
+    sqLeastSquareEvaluator::evaluate_cylinder(points, p, a, radius, deviation, giUnitVec3(), giAngle(), 0);
+    double const at[] = {p.x(), p.y(), p.z(), a.x(), a.y(), a.z(), radius};
+    mlVector x(utConvert, at, 7);
+    time_pass<cylinder_kernel<false>>(state, points, x, doublecoDynArr());
+}
+BENCHMARK(BM_bare_pass_cylinder)->Apply(search_sizes);
+
+void BM_bare_pass_cone(benchmark::State & state) {
+    giPoint3coDynArr const points = noisy_cone(n_points(state));
+    giPoint3 p;
+    giUnitVec3 a;
+    double half_angle = 1.0, deviation;
+    sqLeastSquareEvaluator::evaluate_cone(points, p, a, half_angle, deviation, giUnitVec3(), giAngle(), 0);
+    double const at[] = {p.x(), p.y(), p.z(), a.x(), a.y(), a.z(), 0.0, half_angle};
+    mlVector x(utConvert, at, 8);
+    time_pass<cone_kernel<false>>(state, points, x, doublecoDynArr());
+}
+BENCHMARK(BM_bare_pass_cone)->Apply(search_sizes);
 
 // One read of the points' memory, which no fit of many points can beat.
 void BM_bare_read(benchmark::State & state) {

@@ -34,6 +34,20 @@ giVector3 across(Frame const & frame) {
     return frame.normal.cross(frame.along);
 }
 
+// A surface of revolution about the normal of the general frame, which narrows along it by the half angle.
+giPoint3coDynArr noisy_taper(int n, double half_angle) {
+    Frame const frame = general_frame();
+    giVector3 const side = across(frame);
+    double const slope = std::tan(half_angle);
+    return make_points<giPoint3coDynArr>(n, [&](Uniform & uniform) {
+        double const height = uniform(-size, size), turn = uniform.turn();
+        double const radius = size - slope * height + uniform.error() / std::cos(half_angle);
+        giVector3 const along = radius * std::cos(turn) * frame.along;
+        giVector3 const aside = radius * std::sin(turn) * side;
+        return frame.origin + along + aside + height * frame.normal;
+    });
+}
+
 }  // namespace
 
 Frame general_frame() {
@@ -93,6 +107,14 @@ giPoint3coDynArr noisy_sphere(int n) {
         double const parallel = std::sqrt(1.0 - height * height);
         return centre3 + radius * giVector3(parallel * std::cos(turn), parallel * std::sin(turn), height);
     });
+}
+
+giPoint3coDynArr noisy_cylinder(int n) {
+    return noisy_taper(n, 0.0);
+}
+
+giPoint3coDynArr noisy_cone(int n) {
+    return noisy_taper(n, 0.35);
 }
 
 doublecoDynArr probe_radii(int n) {

@@ -17,6 +17,11 @@ inline void multi_start_sizes(benchmark::internal::Benchmark * b) {
     for (int const n : {10, 100, 1000, 100000}) b->Arg(n);
 }
 
+/// For global searches.
+inline void search_sizes(benchmark::internal::Benchmark * b) {
+    for (int const n : {10, 100, 1000, 10000}) b->Arg(n);
+}
+
 /// Shows the time that one item takes: "per_point=1.9ns".
 inline void count_time_per(char const * item, benchmark::State & state, double items) {
     using benchmark::Counter;

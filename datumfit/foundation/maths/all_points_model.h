@@ -38,6 +38,9 @@ public:
     /// The sum of the squared distances; may stop and give any number above `bound` once the sum exceeds it.
     virtual double sum_of_squares(double bound) = 0;
 
+    /// Writes the distance of each point; of a model with several rows a point, that of the first.
+    virtual void distances(double * d) = 0;
+
     /// Writes the upper triangle, row by row, of the Gram matrix of [J d]: derivatives by the step, then distances.
     /// False when the model offers none.
     virtual bool gram(double * upper) = 0;

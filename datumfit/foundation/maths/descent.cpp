@@ -214,6 +214,7 @@ double descent::finish(mlVector & result) {
     problem_.normalize_parameters(result);
     problem_.set_parameters(result);
     model_.from_parameters(result, trial_x_);
+    model_.place(trial_x_);
     model_.difference(x_, trial_x_, step_);
     double change = 0.0;
     for (int i = 0; i < step_.dimension(); ++i) {

@@ -40,14 +40,27 @@ datumfit::internal::all_points_model * mlDistanceLeastSquares::all_points() cons
     return all_points_ && *all_points_of_ == typeid(*this) ? all_points_.get() : nullptr;
 }
 
-double mlDistanceLeastSquares::score(mlVector & p, double bound) {
+// Makes p current and lets an action look at all points at once, through the slots where there is no other way.
+template <class Action>
+auto mlDistanceLeastSquares::look_at_all(mlVector & p, Action const & action) {
     normalize_parameters(p);
     set_parameters(p);
-    datumfit::internal::all_points_model * const model = all_points();
-    if (model == nullptr) return datumfit::internal::slot_model(*this).sum_of_squares(bound);
-    model->from_parameters(p, scored_);
-    model->place(scored_);
-    return model->sum_of_squares(bound);
+    if (datumfit::internal::all_points_model * const model = all_points()) {
+        model->from_parameters(p, scored_);
+        model->place(scored_);
+        return action(*model);
+    }
+    datumfit::internal::slot_model slots(*this);
+    return action(static_cast<datumfit::internal::all_points_model &>(slots));
+}
+
+double mlDistanceLeastSquares::score(mlVector & p, double bound) {
+    return look_at_all(p, [&](auto & model) { return model.sum_of_squares(bound); });
+}
+
+void mlDistanceLeastSquares::distances(mlVector & p, mlVector & d) {
+    d.become(mlVectorDim, n_points_);
+    look_at_all(p, [&](auto & model) { model.distances(d.data()); });
 }
 
 double mlDistanceLeastSquares::point_distribution_quality(mlVector const & p) {

@@ -54,6 +54,9 @@ public:
     /// number above it. The way to compare candidates without fitting them.
     double score(mlVector & p, double bound);
 
+    /// Normalises p, makes it current and writes the distance of each point, which has its sign.
+    void distances(mlVector & p, mlVector & d);
+
     /// How well the points determine the geometry of parameters p, from 0 for not at all.
     ///
     /// It is the singular value number n_independent_parameters(), in descending order, of the Jacobian of the
@@ -83,6 +86,9 @@ protected:
 private:
     friend class datumfit::internal::slot_model;
     friend class mlLevenbergMarquardt;
+
+    template <class Action>
+    auto look_at_all(mlVector & p, Action const & action);
 
     int n_points_;
     int n_parameters_;

@@ -105,6 +105,15 @@ public:
 
     double sum_of_squares(double bound) override { return wide_ ? wide_sum(bound) : sum<narrow_lanes>(bound); }
 
+    void distances(double * d) override {
+        for (int i = 0; i < points_.n; ++i) {
+            double q[dimension], radius, each[Kernel::rows];
+            load(i, q, radius);
+            kernel_.distance(q, radius, each);
+            d[i] = each[0];
+        }
+    }
+
     bool gram(double * upper) override {
         if constexpr (Kernel::regular) wide_ ? wide_gram(upper) : add_up<narrow_lanes>(upper);
         return Kernel::regular;

@@ -47,6 +47,10 @@ double slot_model::sum_of_squares(double bound) {
     return sum;
 }
 
+void slot_model::distances(double * d) {
+    for (int i = 0; i < problem_.n_points_; ++i) problem_.get_distance(d[i], i);
+}
+
 bool slot_model::gram(double *) {
     return false;
 }

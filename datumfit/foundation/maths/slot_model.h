@@ -19,6 +19,7 @@ public:
     void difference(mlVector const & from, mlVector const & to, mlVector & step) const override;
     void scales(mlVector & s) const override;
     double sum_of_squares(double bound) override;
+    void distances(double * d) override;
     bool gram(double * upper) override;
     int rows(int first, int count, double * columns, int stride) override;
     double resolution() const override;

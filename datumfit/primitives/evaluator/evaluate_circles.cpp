@@ -1,38 +1,22 @@
 #include <datumfit/primitives/evaluator/least_square_evaluator.h>
 
 #include <datumfit/foundation/maths/levenberg_marquardt.h>
-#include <datumfit/foundation/maths/random.h>
 #include <datumfit/foundation/utilities/math.h>
+#include <datumfit/primitives/circle_fits.h>
 #include <datumfit/primitives/least_square_circle3.h>
-#include <datumfit/primitives/least_square_probed_circle2.h>
 #include <datumfit/primitives/plane_frame.h>
 #include <datumfit/primitives/point_sums.h>
 #include <datumfit/primitives/ring_kernel.h>
 
-#include <algorithm>
 #include <cmath>
 
 using namespace datumfit::internal;
 
 namespace {
 
-constexpr int probed_starts = 10;
-constexpr double smallest_start = 0.1;  // of a radius, as a share of the mean distance from the centroid
-
 // A circle in space is fitted to at most so many points; from the second number on they are spread over the array.
 constexpr int sample_size = 10000;
 constexpr int spread_from = 12000;
-
-double mean_distance_from(giPoint2coDynArr const & points, giPoint2 const & from) {
-    double const at[2] = {from.x(), from.y()};
-    return mean_distance(plain(points), 2, points.size(), at);
-}
-
-double greatest_radius(doublecoDynArr const & radii, int n) {
-    double greatest = 0.0;
-    for (int i = 0; i < n; ++i) greatest = std::max(greatest, std::abs(radii[i]));
-    return greatest;
-}
 
 giPoint3coDynArr sample_of(giPoint3coDynArr const & points) {
     int const n = points.size();
@@ -61,12 +45,11 @@ int sqLeastSquareEvaluator::evaluate_circle(giPoint2coDynArr const & points, giP
                                             double & deviation) {
     if (points.size() < 3) return 0;
     sqLeastSquareCircle2 problem(points);
-    giPoint2 const m = problem.centroid();
-    double const start[] = {m.x(), m.y(), mean_distance_from(points, m)};
-    mlVector result(mlVectorDim, problem.n_parameters());
-    double const mean_square = mlLevenbergMarquardt(problem).fit(mlVector(utConvert, start, 3), result);
-    radius = result[2];
-    centre = giPoint2(result[0], result[1]);
+    mlLevenbergMarquardt solver(problem);
+    mlVector circle(mlVectorDim, problem.n_parameters());
+    double const mean_square = fit_circle(problem, solver, points, circle);
+    radius = circle[2];
+    centre = giPoint2(circle[0], circle[1]);
     deviation = std::sqrt(mean_square);
     return 1;
 }
@@ -75,24 +58,12 @@ int sqLeastSquareEvaluator::evaluate_probed_circle(giPoint2coDynArr const & poin
                                                    int inside, giPoint2 & centre, double & radius, double & deviation) {
     if (points.size() < 3) return 0;
     sqLeastSquareProbedCircle2 problem(points, radii, inside);
-    giPoint2 const m = problem.centroid();
-    double const r0 = mean_distance_from(points, m);
-    double const q = greatest_radius(radii, points.size());
-    mlVector result(mlVectorDim, problem.n_parameters());
-    mlRandom random(1);
-    deviation = utMath::max_double();
-    for (int k = 0; k < probed_starts; ++k) {
-        double const a = random.rnd(-q, q);
-        double const b = random.rnd(-q, q);
-        double const e = random.rnd(-q, q);
-        double const start[] = {m.x() + a, m.y() + b, utMath::max(r0 + e, smallest_start * r0)};
-        double const t = std::sqrt(mlLevenbergMarquardt(problem).fit(mlVector(utConvert, start, 3), result));
-        if (deviation > t) {
-            radius = result[2];
-            centre = giPoint2(result[0], result[1]);
-            deviation = t;
-        }
-    }
+    mlLevenbergMarquardt solver(problem);
+    mlVector circle(mlVectorDim, problem.n_parameters()), scratch(circle);
+    deviation = fit_probed_circle(problem, solver, points, radii, scratch, circle);
+    if (deviation == utMath::max_double()) return 1;
+    radius = circle[2];
+    centre = giPoint2(circle[0], circle[1]);
     return 1;
 }
 

@@ -1,9 +1,15 @@
 #pragma once
 
+#include <datumfit/foundation/geometry/angle.h>
 #include <datumfit/foundation/geometry/point2.h>
 #include <datumfit/foundation/geometry/point3.h>
 #include <datumfit/foundation/geometry/unit_vec2.h>
 #include <datumfit/foundation/geometry/unit_vec3.h>
+
+class sqFittedCylinder;
+class sqFittedCone;
+using sqFittedCylindercoDynArr = coDynArr<sqFittedCylinder>;
+using sqFittedConecoDynArr = coDynArr<sqFittedCone>;
 
 /// Fits of geometry to measured points by least squares of the orthogonal distances.
 ///
@@ -72,4 +78,61 @@ public:
     /// A sphere from at least 4 probe centres, as evaluate_sphere.
     static int evaluate_probed_sphere(giPoint3coDynArr const & points, doublecoDynArr const & radii, int inside,
                                       giPoint3 & centre, double & radius, double & deviation);
+
+    /// A cylinder through at least 5 points, found without a start value; sqCalculateLeastSquareCylinder() tells of the
+    /// preferred direction (may be unset), its limit, and of new_points, with which an earlier fit is continued. 4
+    /// points give 0 as well, and with 4 points or more a 0 makes axis_dir invalid.
+    static int evaluate_cylinder(giPoint3coDynArr const & points, giPoint3 & axis_point, giUnitVec3 & axis_dir,
+                                 double & radius, double & deviation, giUnitVec3 const & preferred_dir,
+                                 giAngle const & dir_limit, int new_points);
+
+    /// The same with a surface normal for each point, in place of a preferred direction.
+    static int evaluate_cylinder(giPoint3coDynArr const & points, giUnitVec3coDynArr const & normals,
+                                 giAngle const & dir_limit, giPoint3 & axis_point, giUnitVec3 & axis_dir,
+                                 double & radius, double & deviation, int new_points);
+
+    /// A cylinder from at least 5 probe centres, as evaluate_cylinder. A 0 leaves all results as they were.
+    static int evaluate_probed_cylinder(giPoint3coDynArr const & points, doublecoDynArr const & radii, int inside,
+                                        giPoint3 & axis_point, giUnitVec3 & axis_dir, double & radius,
+                                        double & deviation, giUnitVec3 const & preferred_dir, giAngle const & dir_limit,
+                                        int new_points);
+    static int evaluate_probed_cylinder(giPoint3coDynArr const & points, doublecoDynArr const & radii, int inside,
+                                        giUnitVec3coDynArr const & normals, giAngle const & dir_limit,
+                                        giPoint3 & axis_point, giUnitVec3 & axis_dir, double & radius,
+                                        double & deviation, int new_points);
+
+    /// Several cylinders in one cloud of at least 5 points: sqCalculateMultipleLeastSquareCylinders().
+    static int evaluate_multiple_cylinders(giPoint3coDynArr const & points, giUnitVec3coDynArr const & guess_dirs,
+                                           double tolerance, giAngle const & angle_tolerance, int n_wanted,
+                                           sqFittedCylindercoDynArr & results);
+
+    /// A cone through at least 6 points, found without a start value; sqCalculateLeastSquareCone() tells of the
+    /// preferred direction (may be unset), its limit, and of new_points, with which an earlier fit is continued.
+    static int evaluate_cone(giPoint3coDynArr const & points, giPoint3 & apex, giUnitVec3 & axis_dir,
+                             double & half_angle, double & deviation, giUnitVec3 const & preferred_dir,
+                             giAngle const & dir_limit, int new_points);
+
+    /// The same with a surface normal for each point, in place of a preferred direction.
+    static int evaluate_cone(giPoint3coDynArr const & points, giUnitVec3coDynArr const & normals,
+                             giAngle const & dir_limit, giPoint3 & apex, giUnitVec3 & axis_dir, double & half_angle,
+                             double & deviation, int new_points);
+
+    /// A cone from at least 6 probe centres, as evaluate_cone. The search begins with cones through `guess_points`,
+    /// which lie on the surface or near it.
+    static int evaluate_probed_cone(giPoint3coDynArr const & points, doublecoDynArr const & radii, int inside,
+                                    giPoint3coDynArr const & guess_points, giPoint3 & apex, giUnitVec3 & axis_dir,
+                                    double & half_angle, double & deviation, giUnitVec3 const & preferred_dir,
+                                    giAngle const & dir_limit, int new_points);
+    static int evaluate_probed_cone(giPoint3coDynArr const & points, doublecoDynArr const & radii, int inside,
+                                    giPoint3coDynArr const & guess_points, giUnitVec3coDynArr const & normals,
+                                    giAngle const & dir_limit, giPoint3 & apex, giUnitVec3 & axis_dir,
+                                    double & half_angle, double & deviation, int new_points);
+
+    /// Several cones of any half angle in one cloud: sqCalculateMultipleLeastSquareCones().
+    static int evaluate_multiple_cones(giPoint3coDynArr const & points, giUnitVec3coDynArr const & guess_dirs,
+                                       double tolerance, giAngle const & angle_tolerance, int n_wanted,
+                                       sqFittedConecoDynArr & results);
+
+    /// sqSetLeastSquareConeNonPhysicalTolerance().
+    static double set_cone_non_physical_tolerance(double radians);
 };
