@@ -17,9 +17,9 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True
 
-from mpmath import cos, mp, mpf, pi, sin, sqrt  # noqa: E402
+from mpmath import cos, degrees, mp, mpf, pi, radians, sin, sqrt  # noqa: E402
 
-from reference_models import Circle3, CircleInPlane, Flat, Line3, Ring  # noqa: E402
+from reference_models import Circle3, CircleInPlane, Cone, Cylinder, Flat, Line3, Ring  # noqa: E402
 from reference_models import across, along, dot, newton, noise_gain, sub, unit  # noqa: E402
 
 DATA = Path(__file__).resolve().parent.parent / "tests" / "data"
@@ -91,6 +91,27 @@ def stretch(n, form):
     return shape
 
 
+class Mantle:
+    """Part of a cylinder or cone about z, with radius 1 halfway of its length along a generator."""
+
+    def __init__(self, opening, length, n, form, half_angle=0):
+        self.opening, self.half_angle = radians(mpf(opening)), radians(mpf(half_angle))
+        self.length, self.n, self.form = length, n, form
+
+    def __call__(self, noise):
+        c, s = cos(self.half_angle), sin(self.half_angle)
+        for k, t in enumerate(noise.spread(self.n)):
+            angle = self.opening * (t - mpf(1) / 2)
+            way = self.length * ((k * (sqrt(mpf(5)) - 1) / 2) % 1 - mpf(1) / 2)
+            error = noise.error(self.form)
+            rho = 1 + way * s + error * c
+            yield [rho * cos(angle), rho * sin(angle), way * c - error * s]
+
+    def outward(self, p):
+        radial = unit(p[:2])
+        return [cos(self.half_angle) * x for x in radial] + [-sin(self.half_angle)]
+
+
 class Placed:
     """Local coordinates put at a general place, turned in general and scaled; only then rounded to doubles."""
 
@@ -125,7 +146,10 @@ def described(model, total, n, names):
         solution[direction] = [number(x) for x in across(model.direction)[0]]
     elif direction:
         solution[direction] = [number(x) for x in model.direction]
-    if model.size is not None:
+    if type(model) is Cone:
+        solution["distance"] = number(model.size)
+        solution["apex_angle_deg"] = number(degrees(2 * model.half_angle))
+    elif model.size is not None:
         solution["diameter"] = number(2 * model.size)
     extent = max(abs(x) for x in model.point) + (model.size or 1)
     solution["rms"] = number(sqrt(total / n), extent)
@@ -143,23 +167,28 @@ PRIMITIVES = {  # dimension, names of place and direction, model, its direction 
     "circle2d": (2, ("centre", None), Ring, None),
     "circle3d": (3, ("centre", "normal"), Circle3, [0, 0, 1]),
     "sphere": (3, ("centre", None), Ring, None),
+    "cylinder": (3, ("axis_point", "axis"), Cylinder, [0, 0, 1]),
+    "cone": (3, ("axis_point", "axis"), Cone, [0, 0, 1]),
 }
 
 
-def nominal(primitive, at):
+def nominal(primitive, at, shape):
     model, local = PRIMITIVES[primitive][2:]
-    return model(at.origin, local and at.direction(local), at.size)
+    direction = local and at.direction(local)
+    if model is Cone:
+        return Cone(at.origin, direction, at.size * cos(shape.half_angle), shape.half_angle)
+    return model(at.origin, direction, at.size)
 
 
-def solved(primitive, at, points, signed_radii):
+def solved(primitive, at, shape, points, signed_radii):
     names = PRIMITIVES[primitive][1]
     exact = [[mpf(x) for x in p] for p in points]
-    model = nominal(primitive, at)
+    model = nominal(primitive, at, shape)
     gauss, total = newton(model, exact, [mpf(r) for r in signed_radii])
     solution, gain = described(model, total, len(points), names), gains(noise_gain(model, gauss))
     if primitive != "circle3d":
         return {"verified": solution, "noise_gain": gain}
-    in_plane = CircleInPlane(exact, nominal(primitive, at))
+    in_plane = CircleInPlane(exact, nominal(primitive, at, shape))
     return {
         "verified": described(in_plane, in_plane.total, len(points), names),
         "noise_gain": gains(in_plane.gain),
@@ -175,7 +204,7 @@ def case(primitive, name, shape, placement):
     at = Placed(noise, dimension, offset, size)
     points = [at.rounded(p[:dimension]) for p in shape(noise)]
     head = {"id": f"{primitive}_{name}_{label}", "n": len(points), "points": points}
-    return {**head, **solved(primitive, at, points, [0.0] * len(points))}
+    return {**head, **solved(primitive, at, shape, points, [0.0] * len(points))}
 
 
 def probed_case(primitive, name, shape, placement, side):
@@ -189,7 +218,8 @@ def probed_case(primitive, name, shape, placement, side):
     radii = [size * (0.25 if one_radius else noise.uniform(0.1, 0.4)) for _ in local]
     sign = {"inside": 1.0, "outside": -1.0, None: 1.0}[side]
     if side:
-        stand_off = [along(p, (-sign * mpf(r) / size, unit(p))) for p, r in zip(local, radii)]
+        outward = getattr(shape, "outward", unit)
+        stand_off = [along(p, (-sign * mpf(r) / size, outward(p))) for p, r in zip(local, radii)]
     else:
         stand_off = [along(p, (mpf(r) / size, [mpf(0)] * (dimension - 1) + [mpf(1)])) for p, r in zip(local, radii)]
     points = [at.rounded(p) for p in stand_off]
@@ -199,7 +229,42 @@ def probed_case(primitive, name, shape, placement, side):
         head["side"] = side
     else:
         head["approximate_normal"] = [float(mp.nstr(x, 2)) for x in at.direction([0] * (dimension - 1) + [1])]
-    return {**head, "points": points, **solved(primitive, at, points, [sign * r for r in radii])}
+    return {**head, "points": points, **solved(primitive, at, shape, points, [sign * r for r in radii])}
+
+
+# name, Mantle, placements. All have one minimum that is the least by far, as found from many directions.
+CYLINDERS = [
+    ("360", (360, 2, 24, 1e-2), ["unit", "unit_2p20", "tiny"]),
+    ("360_many", (360, 5, 60, 1e-3), ["large"]),
+    ("360_long_exact", (360, 20, 12, 0), ["unit", "large_2p20"]),
+    ("360_short", (360, 0.1, 16, 1e-3), ["unit", "tiny_2p14", "large"]),
+    ("fewest", (360, 2, 8, 1e-2), ["unit", "unit_2p20"]),
+    ("60", (60, 2, 20, 1e-3), ["unit", "unit_2p14", "large_2p20"]),
+    ("60_long", (60, 20, 24, 1e-2), ["unit", "tiny"]),
+    ("60_short", (60, 0.3, 16, 1e-4), ["unit", "unit_2p20"]),
+    ("20", (20, 1, 24, 1e-4), ["unit", "tiny_2p14"]),
+    ("20_long", (20, 20, 16, 1e-4), ["unit", "unit_2p20"]),
+    ("10", (10, 2, 20, 1e-6), ["unit", "large_2p20"]),
+]
+CONES = [
+    ("45", (360, 1, 24, 1e-2, 45), ["unit", "unit_2p20", "tiny"]),
+    ("15_many", (360, 3, 60, 1e-3, 15), ["large"]),
+    ("10_exact", (360, 5, 12, 0, 10), ["unit", "unit_2p20"]),
+    ("1_long", (360, 20, 24, 1e-2, 1), ["unit", "large"]),
+    ("1_short", (360, 2, 16, 1e-4, 1), ["unit", "unit_2p14"]),
+    ("15_short", (360, 0.1, 16, 1e-4, 15), ["unit"]),
+    ("85", (360, 1, 24, 1e-3, 85), ["unit", "tiny_2p14", "large_2p20"]),
+    ("fewest", (360, 2, 8, 1e-2, 30), ["unit", "unit_2p20"]),
+    ("20_arc_60", (60, 2, 20, 1e-4, 20), ["unit", "unit_2p14", "large_2p20"]),
+    ("60_arc_60", (60, 1, 20, 1e-4, 60), ["unit", "tiny"]),
+    ("5_arc_20", (20, 10, 20, 1e-5, 5), ["unit"]),
+    ("30_arc_20", (20, 2, 20, 1e-5, 30), ["unit", "tiny_2p14"]),
+]
+
+
+def mantle_cases(primitive, shapes):
+    at = {label: (label, offset, size) for label, offset, size in PLACEMENTS}
+    return [case(primitive, name, Mantle(*mantle), at[label]) for name, mantle, labels in shapes for label in labels]
 
 
 def round_cases(primitive, shapes, fewest):
@@ -227,9 +292,15 @@ def files():
     rounds = [("circle2d", "360", arcs["360"]), ("circle2d", "60", arcs["60"]),
               ("sphere", "360", caps["360"]), ("sphere", "60", caps["60"])]
     flats = [("plane", "square", patch(1, 12, 0.01)), ("line2d", "straight", stretch(8, 0.01))]
+    yield "cylinder", mantle_cases("cylinder", CYLINDERS)
+    yield "cone", mantle_cases("cone", CONES)
+    probed_mantles = [("cylinder", "360", Mantle(360, 2, 18, 1e-2)), ("cylinder", "60", Mantle(60, 2, 16, 1e-4)),
+                      ("cone", "30", Mantle(360, 1, 18, 1e-2, 30)), ("cone", "20_arc_60", Mantle(60, 2, 18, 1e-4, 20))]
     yield "probed", ([probed_case(*shape, at, side) for shape in rounds for at in OFF_ORIGIN
                       for side in ("inside", "outside")]
-                     + [probed_case(*shape, at, None) for shape in flats for at in PLACEMENTS])
+                     + [probed_case(*shape, at, None) for shape in flats for at in PLACEMENTS]
+                     + [probed_case(*shape, at, side) for shape in probed_mantles
+                        for at, side in zip(OFF_ORIGIN, ("inside", "outside", "outside"))])
 
 
 # Writing and checking. ----------------------------------------------------------------------------------------------
@@ -243,8 +314,18 @@ HEAD = {
 }
 
 
+HEAD_OF_AXIS = HEAD | {
+    "verified": "solution with 50 digits; the axis point is the one nearest to the centroid of the data; the axis of a "
+                "cone goes towards the growing radius, its distance is that of the axis point from the surface",
+    "noise_gain": "standard deviation of position, angle (rad) and radius, or of a cone's distance and half angle "
+                  "(rad), for unit noise a coordinate",
+}
+
+
 def write(name, cases):
-    head = dict(HEAD) if name == "probed" else {"primitive": name, **HEAD}
+    head = HEAD_OF_AXIS if name in ("cylinder", "cone") else HEAD
+    if name != "probed":
+        head = {"primitive": name, **head}
     lines = [f" {json.dumps(key)}: {json.dumps(value)}," for key, value in head.items()]
     text = ",\n".join("  {" + ",\n   ".join(f"{json.dumps(k)}: {json.dumps(v)}" for k, v in c.items()) + "}"
                       for c in cases)
@@ -274,6 +355,8 @@ def check_case(name, dimension, names, model_type, given):
         place, direction = ([mpf(truth[key][k]) for k in kept] if key else None for key in names)
         if name == "line2d":
             direction = across(direction)[0]
+        if model_type is Cone:
+            return Cone(place, direction, mpf(truth["distance"]), radians(mpf(truth["apex_angle_deg"])) / 2)
         return model_type(place, direction, mpf(truth.get("diameter", 0)) / 2)
 
     def differences(label, truth, found, total):
@@ -284,6 +367,8 @@ def check_case(name, dimension, names, model_type, given):
             result[f"{label}angle"] = sqrt(dot(turned, turned))
         if found.size is not None:
             result[f"{label}size"] = abs(expected.size - found.size)
+        if type(found) is Cone:
+            result[f"{label}half_angle"] = abs(expected.half_angle - found.half_angle)
         return {**result, f"{label}rms": abs(sqrt(total / len(points)) - mpf(truth["rms"]))}
 
     model = start(given["verified"])

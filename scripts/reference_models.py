@@ -6,7 +6,7 @@ squared distance, each as (value, gradient, Hessian) by these parameters; move(s
 blocks names the parameters that make up its position, angle and size. A primitive to come needs these three.
 """
 
-from mpmath import lu_solve, matrix, mp, mpf, sqrt
+from mpmath import cos, lu_solve, matrix, mp, mpf, sin, sqrt
 
 mp.dps = 70  # 50 digits stay after squares of coordinates 1e9 times the form errors
 
@@ -133,10 +133,38 @@ class Ring:
         pass
 
 
+def about_axis(q, direction):
+    """The distance f of a point from the axis and its coordinate g along it, each as (value, gradient, Hessian).
+
+    q is the point less that of the axis. Parameters: the axis point's displacements in the frame of the axis, two
+    tilts. Here g = q.w and f^2 = q.q - g^2.
+    """
+    x, y, g = (dot(q, e) for e in across(direction) + [direction])
+    f = sqrt(x * x + y * y)
+    dg = [mpf(0), mpf(0), mpf(-1), x, y]
+    hg = zeros(5)
+    hg[3][3] = hg[4][4] = -g
+    hg[0][3] = hg[3][0] = hg[1][4] = hg[4][1] = mpf(-1)
+    ds = [-2 * x, -2 * y, -2 * g, mpf(0), mpf(0)]  # of q.q, whose Hessian is 2 for the displacements
+    df = [(s - 2 * g * d) / (2 * f) for s, d in zip(ds, dg)]
+    hf = zeros(5)
+    for i in range(5):
+        for j in range(5):
+            hf[i][j] = (mpf(i == j and i < 3) - dg[i] * dg[j] - g * hg[i][j] - df[i] * df[j]) / f
+    return (f, df, hf), (g, dg, hg)
+
+
+def bordered(hessian, *borders):
+    """The Hessian with more rows and columns: a border has the second derivatives by its parameter and those before."""
+    for border in borders:
+        hessian = [row + [x] for row, x in zip(hessian, border)] + [border]
+    return hessian
+
+
 class Circle3:
     """A circle in space. Parameters: the centre in the frame of the normal, two tilts, the radius.
 
-    The distance has two parts, f - R across the axis and g along it, with g = q.w, f^2 = q.q - g^2 and q = p - c.
+    The distance has two parts, f - R across the axis and g along it.
     """
 
     def __init__(self, point, direction, size):
@@ -144,21 +172,9 @@ class Circle3:
         self.blocks = {"pos": [0, 1, 2], "angle": [3, 4], "size": [5]}
 
     def terms(self, p, r):
-        q = sub(p, self.point)
-        x, y, g = (dot(q, e) for e in across(self.direction) + [self.direction])
-        f = sqrt(x * x + y * y)
-        dg = [mpf(0), mpf(0), mpf(-1), x, y, mpf(0)]
-        hg = zeros(6)
-        hg[3][3] = hg[4][4] = -g
-        hg[0][3] = hg[3][0] = hg[1][4] = hg[4][1] = mpf(-1)
-        ds = [-2 * x, -2 * y, -2 * g, mpf(0), mpf(0), mpf(0)]  # of q.q, whose Hessian is 2 for the centre
-        df = [(s - 2 * g * d) / (2 * f) for s, d in zip(ds, dg)]
-        hf = zeros(6)
-        for i in range(6):
-            for j in range(6):
-                hf[i][j] = (mpf(i == j and i < 3) - dg[i] * dg[j] - g * hg[i][j] - df[i] * df[j]) / f
-        df[5] = mpf(-1)
-        return [(f - self.size, df, hf), (g, dg, hg)]
+        (f, df, hf), (g, dg, hg) = about_axis(sub(p, self.point), self.direction)
+        none = [mpf(0)] * 6
+        return [(f - self.size, df + [mpf(-1)], bordered(hf, none)), (g, dg + [mpf(0)], bordered(hg, none))]
 
     def move(self, step):
         u, v = across(self.direction)
@@ -168,6 +184,51 @@ class Circle3:
 
     def to_foot_of(self, _):
         pass
+
+
+class Cone:
+    """A cone of half angle h by a point of its axis, the direction towards the growing radius, and the orthogonal
+    distance s of the point from the surface, positive inside. Parameters: two displacements across the axis, two tilts,
+    s, h.
+
+    The distance is f cos h - g sin h + r - s: no number grows large when the cone is nearly a cylinder or a plane.
+    """
+
+    def __init__(self, point, direction, size, half_angle):
+        self.point, self.direction, self.size, self.half_angle = point, unit(direction), size, half_angle
+        self.blocks = {"pos": [0, 1], "angle": [2, 3], "size": [4], "half_angle": [5]}
+
+    def terms(self, p, r):
+        (f, df, hf), (g, dg, hg) = about_axis(sub(p, self.point), self.direction)
+        c, s = cos(self.half_angle), sin(self.half_angle)
+        kept = [0, 1, 3, 4]  # a displacement along the axis is a change of the size
+        gradient = [c * df[k] - s * dg[k] for k in kept] + [mpf(-1), -f * s - g * c]
+        hessian = [[c * hf[k][m] - s * hg[k][m] for m in kept] for k in kept]
+        by_angle = [-s * df[k] - c * dg[k] for k in kept] + [mpf(0), g * s - f * c]
+        return [(c * f - s * g + r - self.size, gradient, bordered(hessian, [mpf(0)] * 5, by_angle))]
+
+    def move(self, step):
+        u, v = across(self.direction)
+        self.point = along(self.point, (step[0], u), (step[1], v))
+        self.direction = unit(along(self.direction, (step[2], u), (step[3], v)))
+        self.size += step[4]
+        self.half_angle += sum(step[5:])
+
+    def to_foot_of(self, p):
+        rise = dot(sub(p, self.point), self.direction)
+        self.point = along(self.point, (rise, self.direction))
+        self.size += rise * sin(self.half_angle)
+
+
+class Cylinder(Cone):
+    """A cylinder, by a point of its axis, the direction, the radius: a cone whose half angle of 0 is no parameter."""
+
+    def __init__(self, point, direction, size):
+        super().__init__(point, direction, size, mpf(0))
+        del self.blocks["half_angle"]
+
+    def terms(self, p, r):
+        return [(value, g[:-1], [row[:-1] for row in h[:-1]]) for value, g, h in super().terms(p, r)]
 
 
 def normal_equations(model, points, radii):

@@ -7,16 +7,16 @@ namespace reference {
 namespace {
 
 // The coordinates of the points and of the frame are taken from the start's place. Parameters: small displacements
-// along the axes u, v, w of a frame, the tilts of w towards u and v, and the growth of the radius. Each primitive has
-// some of these parameters free.
-constexpr std::size_t n_parameters = 6;
+// along the axes u, v, w of a frame, the tilts of w towards u and v, the growth of the radius and of the half angle.
+// Each primitive has some of these parameters free.
+constexpr std::size_t n_parameters = 7;
 using Parameters = std::array<long double, n_parameters>;
 using Free = std::array<bool, n_parameters>;
 using Normal = std::array<Parameters, n_parameters>;
 
 struct Frame {
     Exact3 place{}, u{}, v{}, w{};
-    long double size = 0;
+    long double size = 0, half_angle = 0;
 };
 
 /// One part of a point's distance: the squares of the parts add up to that of the distance.
@@ -37,6 +37,10 @@ Free free_parameters(Primitive primitive) {
             return {true, true, false, false, false, true};
         case Primitive::sphere:
             return {true, true, true, false, false, true};
+        case Primitive::cylinder:
+            return {true, true, false, true, true, true};
+        case Primitive::cone:
+            return {true, true, false, true, true, true, true};
         default:
             return {true, true, true, true, true, true};
     }
@@ -57,12 +61,18 @@ std::vector<Term> terms(Primitive primitive, Frame const & at, Exact3 const & p,
         return {{rho + probe - at.size, {-x / rho, -y / rho, -z / rho, 0, 0, -1}}};
     }
     long double const f = std::hypot(x, y);
+    if (primitive == Primitive::cone) {
+        long double const c = std::cos(at.half_angle), s = std::sin(at.half_angle), slope = c * z / f + s;
+        return {
+            {c * f - s * z + probe - at.size, {-c * x / f, -c * y / f, s, -slope * x, -slope * y, -1, -s * f - c * z}}};
+    }
     Term const ring = {f + probe - at.size, {-x / f, -y / f, 0, -z * x / f, -z * y / f, -1}};
-    return primitive == Primitive::circle ? std::vector<Term>{ring} : std::vector<Term>{ring, height};
+    if (primitive == Primitive::circle || primitive == Primitive::cylinder) return {ring};
+    return {ring, height};
 }
 
 Frame frame_of(Primitive primitive, Solution const & start) {
-    Frame frame = {{}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, start.size};
+    Frame frame = {{}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, start.size, start.half_angle};
     if (primitive == Primitive::line2) {
         frame.u = unit(start.direction);
         frame.v = {0, 0, 1};
@@ -82,6 +92,7 @@ void move(Frame & frame, Parameters const & step) {
     frame.u = unit(along(frame.u, -dot(frame.u, frame.w), frame.w));
     frame.v = cross(frame.w, frame.u);
     frame.size += step[5];
+    frame.half_angle += step[6];
 }
 
 // The normal equations of the free parameters; the others get the identity, and stay.
@@ -137,7 +148,7 @@ private:
 
 struct LocalData {
     std::vector<Exact3> points;
-    std::vector<long double> probe;  // what it adds to the distance from a circle or sphere, or takes off a height
+    std::vector<long double> probe;  // what it adds to the distance from something round, or takes off a height
     Exact3 centroid{};
     long double extent = 0;
 };
@@ -165,10 +176,13 @@ Equations equations(Primitive primitive, Frame const & frame, LocalData const & 
     return result;
 }
 
-// Keeps the place of a line or plane at the foot of the centroid, where displacement and tilt are independent.
+// Keeps the place of an axis, line or plane at the foot of the centroid, where displacement and tilt are independent.
 void put_at_foot(Primitive primitive, Exact3 const & centroid, Frame & frame) {
     Exact3 const q = along(centroid, -1, frame.place);
-    if (primitive == Primitive::line3) frame.place = along(frame.place, dot(q, frame.w), frame.w);
+    if (primitive == Primitive::line3 || is_mantle(primitive)) {
+        frame.place = along(frame.place, dot(q, frame.w), frame.w);
+        frame.size += dot(q, frame.w) * std::sin(frame.half_angle);
+    }
     if (is_flat(primitive)) frame.place = along(centroid, -dot(q, frame.w), frame.w);
 }
 
@@ -197,7 +211,7 @@ Gain gain_of(Primitive primitive, Equations const & at_minimum) {
         for (std::size_t k = from; k < to; ++k) sum += at_minimum.variance(k);
         return std::sqrt(sum / directions);
     };
-    return {deviation(0, 3), deviation(3, 5), deviation(5, 6)};
+    return {deviation(0, 3), deviation(3, 5), deviation(5, 6), deviation(6, 7)};
 }
 
 struct Minimum {
@@ -236,6 +250,7 @@ ExtendedFit fit_extended(PointSet const & data, Solution const & start) {
     result.solution.place = along(start.place, 1, frame.place);
     if (length(start.direction) > 0) result.solution.direction = data.primitive == Primitive::line2 ? frame.u : frame.w;
     result.solution.size = frame.size;
+    result.solution.half_angle = frame.half_angle;
     result.solution.rms = std::sqrt(minimum.squares / static_cast<long double>(data.points.size()));
     return result;
 }

@@ -9,11 +9,11 @@ namespace reference {
 
 /// What a set of points is fitted by. A circle in space is fitted in two ways: in the plane that is fitted first, or as
 /// a whole. The primitives of the plane have points with z = 0.
-enum class Primitive { line2, line3, plane, circle, circle_in_plane, circle3, sphere };
+enum class Primitive { line2, line3, plane, circle, circle_in_plane, circle3, sphere, cylinder, cone };
 
 inline char const * name(Primitive primitive) {
-    constexpr std::array<char const *, 7> names = {"line2",           "line3",   "plane", "circle",
-                                                   "circle_in_plane", "circle3", "sphere"};
+    constexpr std::array<char const *, 9> names = {"line2",   "line3",  "plane",    "circle", "circle_in_plane",
+                                                   "circle3", "sphere", "cylinder", "cone"};
     return names[static_cast<std::size_t>(primitive)];
 }
 
@@ -23,13 +23,21 @@ inline bool is_in_plane(Primitive primitive) {
 inline bool is_line(Primitive primitive) {
     return primitive == Primitive::line2 || primitive == Primitive::line3;
 }
+inline bool is_mantle(Primitive primitive) {
+    return primitive == Primitive::cylinder || primitive == Primitive::cone;
+}
+/// Whether the place may be any point along the direction.
+inline bool has_axis(Primitive primitive) {
+    return is_line(primitive) || is_mantle(primitive);
+}
 
 struct PointSet {
     Primitive primitive = Primitive::plane;
     std::vector<std::array<double, 3>> points;
     std::vector<double> radii;                 // of the probe, one a point; empty without a probe
-    bool inside = true;                        // where the probe centres of a circle or sphere lie
+    bool inside = true;                        // where the probe centres of something round lie
     std::array<double, 3> approximate_normal;  // of a probed line or plane, on the side of the probe centres
+    double cone_tolerance = 0.05;              // radians; a cone as near as this to a cylinder or a plane is none
 
     bool is_probed() const { return !radii.empty(); }
 };
@@ -56,16 +64,17 @@ inline Exact3 unit(Exact3 const & v) {
 
 /// A fitted primitive.
 struct Solution {
-    Exact3 place{};        // the centre, or a point of the line or plane
-    Exact3 direction{};    // of the line, or the normal; null where the primitive has none
-    long double size = 0;  // the radius; 0 where the primitive has none
-    long double rms = -1;  // root mean square of the distances; negative when not known
+    Exact3 place{};              // the centre, or a point of the axis, line or plane
+    Exact3 direction{};          // of the axis, towards the growing radius of a cone, or of the line, or the normal
+    long double size = 0;        // the radius; of a cone, how far the place lies from the surface and inside
+    long double rms = -1;        // root mean square of the distances; negative when not known
+    long double half_angle = 0;  // of a cone
 };
 
-/// Standard deviations for unit noise of each coordinate: of the place (for a line or plane, of its foot of the
-/// centroid, for a line in one direction across it), of the direction in radians, of the radius.
+/// Standard deviations for unit noise of each coordinate: of the place (for an axis, line or plane, of its foot of the
+/// centroid, for a line in one direction across it), of the direction in radians, of the size, of the half angle.
 struct Gain {
-    long double place = 0, angle = 0, size = 0;
+    long double place = 0, angle = 0, size = 0, half_angle = 0;
 };
 
 }  // namespace reference

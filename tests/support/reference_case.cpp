@@ -13,11 +13,14 @@ namespace {
 
 using Json = nlohmann::json;
 
+constexpr long double pi = 3.14159265358979323846264338327950288L;
+
 std::optional<Primitive> primitive_named(std::string const & name) {
     static std::map<std::string, Primitive> const primitives = {
-        {"plane", Primitive::plane},   {"line2d", Primitive::line2},    {"line2", Primitive::line2},
-        {"line3d", Primitive::line3},  {"circle2d", Primitive::circle}, {"circle2", Primitive::circle},
-        {"circle", Primitive::circle}, {"sphere", Primitive::sphere},   {"circle3d", Primitive::circle3},
+        {"plane", Primitive::plane},   {"line2d", Primitive::line2},      {"line2", Primitive::line2},
+        {"line3d", Primitive::line3},  {"circle2d", Primitive::circle},   {"circle2", Primitive::circle},
+        {"circle", Primitive::circle}, {"sphere", Primitive::sphere},     {"circle3d", Primitive::circle3},
+        {"cone", Primitive::cone},     {"cylinder", Primitive::cylinder},
     };
     auto const found = primitives.find(name);
     return found == primitives.end() ? std::nullopt : std::optional(found->second);
@@ -65,14 +68,16 @@ std::array<Number, 3> vector_of(Json const & json, std::vector<std::size_t> cons
 }
 
 Solution solution_of(Json const & given, Primitive primitive, std::vector<std::size_t> const & kept, std::size_t n) {
-    bool const is_endless = is_line(primitive) || primitive == Primitive::plane;
-    bool const is_in_space = primitive == Primitive::circle_in_plane || primitive == Primitive::circle3;
     Solution solution;
-    solution.place = vector_of<long double>(first_of(given, {"centre", "point"}), kept);
-    if (is_endless || is_in_space) {
-        solution.direction = vector_of<long double>(first_of(given, {"normal", "direction"}), kept);
+    solution.place =
+        vector_of<long double>(first_of(given, {"centre", "point", "axis_point_at_centroid", "axis_point"}), kept);
+    if (primitive != Primitive::circle && primitive != Primitive::sphere) {
+        solution.direction = vector_of<long double>(first_of(given, {"normal", "direction", "axis"}), kept);
     }
-    if (!is_endless) {
+    if (primitive == Primitive::cone) {
+        solution.size = number(given.at("distance"));
+        solution.half_angle = number(given.at("apex_angle_deg")) * pi / 360;
+    } else if (!is_line(primitive) && primitive != Primitive::plane) {
         solution.size = number(first_of(given, {"radius", "diameter"}));
         if (!given.contains("radius")) solution.size /= 2;
     }
@@ -83,7 +88,15 @@ Solution solution_of(Json const & given, Primitive primitive, std::vector<std::s
 }
 
 Gain gain_of(Json const & given) {
-    return {given.value("pos", 0.0L), given.value("angle", 0.0L), given.value("size", 0.0L)};
+    return {given.value("pos", 0.0L), given.value("angle", 0.0L), given.value("size", 0.0L),
+            given.value("half_angle", 0.0L)};
+}
+
+// The tolerance in use, or for a cone within it a fourth of what parts the cone from a cylinder or a plane.
+double cone_tolerance(double half_angle) {
+    double const in_use = PointSet().cone_tolerance;
+    double const nearest = std::min(half_angle, static_cast<double>(pi) / 2 - half_angle);
+    return nearest > in_use ? in_use : nearest / 4;
 }
 
 void read_probe(Json const & given, std::vector<std::size_t> const & kept, PointSet & data) {
@@ -117,6 +130,9 @@ void add_cases(std::string const & file, Json const & head, Json const & given, 
     auto const add = [&](Primitive as, Json const & truth, Json const & gain) {
         found.data.primitive = as;
         found.truth = solution_of(truth, as, kept, points.size());
+        if (as == Primitive::cone) {
+            found.data.cone_tolerance = cone_tolerance(static_cast<double>(found.truth.half_angle));
+        }
         found.noise_gain = gain_of(gain);
         cases.known.push_back(found);
     };
@@ -146,10 +162,12 @@ Cases read_cases(std::string const & folder) {
             // Measured profiles of round parts, with several kinds of circles, need not name their primitive.
             std::string const primitive_name = given.value("primitive", head.value("primitive", "circle2"));
             std::optional<Primitive> const primitive = primitive_named(primitive_name);
-            if (primitive) {
-                add_cases(file.filename().string(), head, given, *primitive, cases);
+            if (!primitive) {
+                ++cases.skipped[primitive_name + ", which no fit covers"];
+            } else if (given.at("id") == "con7") {
+                ++cases.skipped["con7, six points that several cones go through"];
             } else {
-                ++cases.skipped[primitive_name];
+                add_cases(file.filename().string(), head, given, *primitive, cases);
             }
         }
     }

@@ -21,7 +21,7 @@ struct Case {
 
 struct Cases {
     std::vector<Case> known;             // in the order of the files' names
-    std::map<std::string, int> skipped;  // how many cases there are of each primitive that the simple fits leave out
+    std::map<std::string, int> skipped;  // how many cases are left out for each reason
 };
 
 /// The cases of all JSON files of a folder. A file that isn't of the format throws.

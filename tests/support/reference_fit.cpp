@@ -32,6 +32,12 @@ Exact3 exact(giUnitVec2 const & v) {
     return v.invalid() ? Exact3{} : Exact3{v.x(), v.y(), 0};
 }
 
+giPoint3coDynArr points_of(PointSet const & data) {
+    giPoint3coDynArr points(static_cast<int>(data.points.size()), 1);
+    for (auto const & p : data.points) points.append(giPoint3(p[0], p[1], p[2]));
+    return points;
+}
+
 doublecoDynArr radii_of(PointSet const & data) {
     doublecoDynArr radii(static_cast<int>(data.radii.size()), 1);
     for (double const r : data.radii) radii.append(r);
@@ -60,8 +66,7 @@ std::optional<Solution> fit_in_plane(PointSet const & data) {
 }
 
 std::optional<Solution> fit_in_space(PointSet const & data) {
-    giPoint3coDynArr points(static_cast<int>(data.points.size()), 1);
-    for (auto const & p : data.points) points.append(giPoint3(p[0], p[1], p[2]));
+    giPoint3coDynArr const points = points_of(data);
     doublecoDynArr const radii = radii_of(data);
     Results<giPoint3, giUnitVec3> r;
     int found = 0;
@@ -87,6 +92,44 @@ std::optional<Solution> fit_in_space(PointSet const & data) {
     return Solution{exact(r.place), exact(r.direction), r.size, r.deviation};
 }
 
+// Sets the tolerance of cones, until its end.
+class ConeTolerance {
+public:
+    explicit ConeTolerance(double tolerance) : before_(Fit::set_cone_non_physical_tolerance(tolerance)) {}
+    ConeTolerance(ConeTolerance const &) = delete;
+    ConeTolerance & operator=(ConeTolerance const &) = delete;
+    ~ConeTolerance() { Fit::set_cone_non_physical_tolerance(before_); }
+
+private:
+    double before_;
+};
+
+// Searched without a start or a direction to prefer. The result of a cone is told at its apex, where the distance is 0.
+std::optional<Solution> fit_mantle(PointSet const & data) {
+    giPoint3coDynArr const points = points_of(data);
+    doublecoDynArr const radii = radii_of(data);
+    giUnitVec3 const any;
+    giAngle const limit;
+    Results<giPoint3, giUnitVec3> r;
+    double half_angle = 0.0;
+    int found = 0;
+    if (data.primitive == Primitive::cone) {
+        ConeTolerance const tolerance(data.cone_tolerance);
+        found = data.is_probed()
+                    ? Fit::evaluate_probed_cone(points, radii, data.inside, points, r.place, r.direction, half_angle,
+                                                r.deviation, any, limit, 0)
+                    : Fit::evaluate_cone(points, r.place, r.direction, half_angle, r.deviation, any, limit, 0);
+        r.direction = giUnitVec3(-r.direction.x(), -r.direction.y(), -r.direction.z());
+    } else {
+        found = data.is_probed()
+                    ? Fit::evaluate_probed_cylinder(points, radii, data.inside, r.place, r.direction, r.size,
+                                                    r.deviation, any, limit, 0)
+                    : Fit::evaluate_cylinder(points, r.place, r.direction, r.size, r.deviation, any, limit, 0);
+    }
+    if (!found) return std::nullopt;
+    return Solution{exact(r.place), exact(r.direction), r.size, r.deviation, half_angle};
+}
+
 // The unit in the last place of x.
 long double ulp(long double x) {
     double const a = std::abs(static_cast<double>(x));
@@ -100,19 +143,22 @@ long double ulps(Exact3 const & v) {
 }  // namespace
 
 std::optional<Solution> fit(PointSet const & data) {
-    return is_in_plane(data.primitive) ? fit_in_plane(data) : fit_in_space(data);
+    if (is_in_plane(data.primitive)) return fit_in_plane(data);
+    return is_mantle(data.primitive) ? fit_mantle(data) : fit_in_space(data);
 }
 
 Differences differences(PointSet const & data, Solution const & truth, Solution const & found) {
     Exact3 const apart = along(truth.place, -1, found.place);
     bool const directed = length(truth.direction) > 0;
     Exact3 const axis = directed ? unit(found.direction) : Exact3{};
-    long double const place = is_line(data.primitive)              ? length(cross(axis, apart))
+    long double const place = has_axis(data.primitive)             ? length(cross(axis, apart))
                               : data.primitive == Primitive::plane ? std::abs(dot(axis, apart))
                                                                    : length(apart);
     long double const angle =
         directed ? std::atan2(length(cross(axis, truth.direction)), std::abs(dot(axis, truth.direction))) : 0;
-    return {place, angle, std::abs(found.size - truth.size), truth.rms < 0 ? 0 : std::abs(found.rms - truth.rms)};
+    long double const size = found.size + dot(axis, apart) * std::sin(found.half_angle);
+    return {place, angle, std::abs(size - truth.size), truth.rms < 0 ? 0 : std::abs(found.rms - truth.rms),
+            std::abs(found.half_angle - truth.half_angle)};
 }
 
 Differences bounds(PointSet const & data, Solution const & truth, Solution const & found, Gain const & gain,
@@ -130,25 +176,30 @@ Differences bounds(PointSet const & data, Solution const & truth, Solution const
     long double const S = length(along(high, -1, low)) / 2 + truth.size;
     long double const rounding = 8 * epsilon * S + (rounded_input ? ulp(largest) / 2 : 0);
 
-    // The point of a line or plane may lie away from the foot of the centroid; the rounding of the direction shows
-    // there.
-    long double const turned = ulps(found.direction);
+    // The point of an axis, line or plane may lie away from the foot of the centroid; the rounding of the direction
+    // shows there, and that of a cone's half angle. An apex has the rounding of what it is added up from: the foot of
+    // the origin on the axis, and the height above it.
+    long double const turned = ulps(found.direction), opened = ulp(found.half_angle);
     long double const lever = length(along(truth.place, -1, found.place));
-    bool const endless = is_line(data.primitive) || data.primitive == Primitive::plane;
-    long double const returned = ulps(found.place) + (endless ? lever * turned : 0);
-    return {rounding * gain.place + returned, rounding * gain.angle + turned, rounding * gain.size + ulp(found.size),
-            rounding + returned};
+    bool const endless = has_axis(data.primitive) || data.primitive == Primitive::plane;
+    long double const summed = data.primitive == Primitive::cone ? 2 * ulp(length(found.place)) : 0;
+    long double const placed = ulps(found.place) + summed;
+    long double const returned = placed + (endless ? lever * turned : 0);
+    long double const moved = std::sin(found.half_angle) * placed + lever * opened;
+    return {rounding * gain.place + returned, rounding * gain.angle + turned,
+            rounding * gain.size + ulp(found.size) + moved, rounding + returned, rounding * gain.half_angle + opened};
 }
 
 long double worst_ratio(Differences const & d, Differences const & bound) {
     auto const ratio = [](long double a, long double b) { return a > 0 ? a / b : 0; };
-    return std::max(
-        {ratio(d.place, bound.place), ratio(d.angle, bound.angle), ratio(d.size, bound.size), ratio(d.rms, bound.rms)});
+    return std::max({ratio(d.place, bound.place), ratio(d.angle, bound.angle), ratio(d.size, bound.size),
+                     ratio(d.rms, bound.rms), ratio(d.half_angle, bound.half_angle)});
 }
 
 std::string text(Differences const & d) {
     std::ostringstream out;
-    out << "place " << d.place << ", angle " << d.angle << ", size " << d.size << ", deviation " << d.rms;
+    out << "place " << d.place << ", angle " << d.angle << ", size " << d.size << ", deviation " << d.rms
+        << ", half angle " << d.half_angle;
     return out.str();
 }
 

@@ -12,11 +12,12 @@ std::optional<Solution> fit(PointSet const & data);
 
 /// Lengths in the unit of the points, angles in radians.
 struct Differences {
-    long double place = 0, angle = 0, size = 0, rms = 0;
+    long double place = 0, angle = 0, size = 0, rms = 0, half_angle = 0;
 };
 
-/// How far a result is from the truth, compared as geometry: the truth's place (of a line or plane, the foot of the
-/// centroid) from the primitive found, the angle of the directions without their sense, the radius, the deviation.
+/// How far a result is from the truth, compared as geometry: the truth's place (of an axis, line or plane, the foot of
+/// the centroid) from the primitive found, the angle of the directions without their sense, the radius, or a cone's
+/// distance at the truth's place, the deviation, the half angle.
 Differences differences(PointSet const & data, Solution const & truth, Solution const & found);
 
 /// How far a careful computation in doubles may be from the truth. The distances themselves are rounded in proportion

@@ -203,7 +203,8 @@ double sqConeGuessGenerator::get_guess_fixed_axis_fit(mlVector & parameters) {
     double const range = cone_.range();
     double lowest = no_guess;
     for (int i = 0; i < trials; ++i) {
-        double const width = (i / trials_of_one_width + 1) * 3.0 * range;
+        int const widening = i / trials_of_one_width + 1;
+        double const width = widening * 3.0 * range;
         giUnitVec3 const direction = random_direction();
         if (!cone_axis_.invalid() && !axis_in_limit(direction, cone_angle_, cone_axis_)) continue;
         problem.set_axis(direction);

@@ -30,8 +30,8 @@ public:
     double get_guess_two_circles(mlVector & parameters);
 
     /// A cone that is flat but for 0.005 radians, about the normal of the best plane and opening to either side: the
-    /// best of a walk along the normal, from the lowest point to the highest, whose places add up so that it goes beyond
-    /// them too. None for points without a plane.
+    /// best of a walk along the normal, from the lowest point to the highest, whose places add up so that it goes
+    /// beyond them too. None for points without a plane.
     double get_guess_flat(mlVector & parameters);
 
     /// The best of up to 200 cones about axes of random direction, each fitted from a random place about the centroid.

@@ -32,8 +32,8 @@ struct cone_kernel {
     /// that reverses the surface, distances change their sign.
     static void normalize(mlVector & x) {
         constexpr double pi = utMath::pi();
-        double & p = x[6];
-        double & h = x[7];
+        double & p = x.data()[6];
+        double & h = x.data()[7];
         h = utMath::remd(h, 2.0 * pi);
         if (h > pi) {
             p = -p;
@@ -46,7 +46,7 @@ struct cone_kernel {
         }
         double moved = axis_frame::normalize(x);
         if (reversed) {
-            for (int k = 3; k < 6; ++k) x[k] = -x[k];
+            for (int k = 3; k < 6; ++k) x.data()[k] = -x.data()[k];
             moved = -moved;
         }
         p += moved * std::sin(h);
@@ -75,7 +75,9 @@ struct cone_kernel {
     }
     void difference(mlVector const & from, mlVector const & to, mlVector & step) const {
         axis_frame::difference(from, to, step);
-        step[4] = to[6] - from[6];
+        // Where a tilt has moved the foot of the origin along the axis, p has changed with it.
+        double const moved = from[0] * to[3] + from[1] * to[4] + from[2] * to[5];
+        step[4] = to[6] - from[6] - moved * std::sin(to[7]);
         step[5] = to[7] - from[7];
     }
     void scales(double reach, mlVector & s) const {

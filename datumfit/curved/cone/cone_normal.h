@@ -7,8 +7,8 @@
 /// The outward direction from a cone at a point.
 ///
 /// `axis` points from the body of the cone towards the apex. At a point beside the body it is the normal of the surface
-/// nearest to the point in its plane through the axis; at a point on the axis, `axis` itself. At a point beyond the apex
-/// along `axis` it is the direction from the apex to the point.
+/// nearest to the point in its plane through the axis; at a point on the axis, `axis` itself. At a point beyond the
+/// apex along `axis` it is the direction from the apex to the point.
 giUnitVec3 sqGetConeNormal(giPoint3 const & apex, giUnitVec3 const & axis, giAngle const & half_angle,
                            giPoint3 const & point);
 

@@ -205,7 +205,8 @@ void fixed_axis_passes::find_line() {
     // deviation: distances less it lose no digits.
     double const origin = std::sqrt(at_[0] * at_[0] + at_[1] * at_[1] + mean_square_);
     double sums[profile_line::sums];
-    add_up(profile_pass{x_.data(), y_.data(), z_.data(), r_.data(), u_.data(), v_.data(), at_[0], at_[1], origin}, sums);
+    add_up(profile_pass{x_.data(), y_.data(), z_.data(), r_.data(), u_.data(), v_.data(), at_[0], at_[1], origin},
+           sums);
     line_.fit(sums, n_, origin);
     level_ = line_.exists ? 0.0 : height_;
     found_ = true;

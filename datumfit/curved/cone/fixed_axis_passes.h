@@ -111,7 +111,7 @@ private:
     double at_[2] = {};              // the place of the axis
     bool found_ = false;             // the line belongs to it
     profile_line line_;
-    double level_ = 0.0;             // what heights count from where there is no line
+    double level_ = 0.0;  // what heights count from where there is no line
 };
 
 }  // namespace internal

@@ -24,8 +24,8 @@ double height_of_apex(double inset, double sine) {
 }  // namespace
 
 sqLeastSquareCone::sqLeastSquareCone(giPoint3coDynArr const & points)
-    : sqLeastSquareDistance3(cone::parameters, points), sin_half_angle_(0.0), cos_half_angle_(0.0),
-      df_(mlVectorDim, 6), dg_(mlVectorDim, 6) {
+    : sqLeastSquareDistance3(cone::parameters, points), sin_half_angle_(0.0), cos_half_angle_(0.0), df_(mlVectorDim, 6),
+      dg_(mlVectorDim, 6) {
     offer_all_points(model_about_mean<cone>(points, nullptr), typeid(sqLeastSquareCone));
 }
 

@@ -7,10 +7,10 @@
 ///
 /// The distance of x from the cone about the axis through Q along the unit vector a is g sin h + f cos h - p, with
 /// g = (x - Q) · a and f = |a × (x - Q)|: positive outside, in the unit of the coordinates, and along the normal of the
-/// straight line in which the plane of x and the axis cuts the surface. Parameters: 0 to 2 a point Q of the axis, 3 to 5
-/// its direction, in which the cone narrows, 6 the distance p of Q from the surface, positive inside, 7 the half angle
-/// h in radians. Six of the eight are independent: the length of the direction and the place of Q along the axis say
-/// nothing.
+/// straight line in which the plane of x and the axis cuts the surface. Parameters: 0 to 2 a point Q of the axis, 3 to
+/// 5 its direction, in which the cone narrows, 6 the distance p of Q from the surface, positive inside, 7 the half
+/// angle h in radians. Six of the eight are independent: the length of the direction and the place of Q along the axis
+/// say nothing.
 ///
 /// The apex stands at Q + (p / sin h) a. Where the cone becomes a cylinder of radius p, with h 0, or a plane, with h
 /// pi / 2, the parameters stay finite and the distances smooth.
@@ -40,8 +40,8 @@ public:
     ~sqLeastSquareCone() override;
 
     /// 1 when the axis of the parameters, either way round, lies within `limit` of the preferred direction, if that is
-    /// set, and the normals, if there are any, within `limit` of those of the surface (sqGetConeNormal): all of these or
-    /// all reversed. Else 0. There is one normal for each point.
+    /// set, and the normals, if there are any, within `limit` of those of the surface (sqGetConeNormal): all of these
+    /// or all reversed. Else 0. There is one normal for each point.
     static int are_normals_in_limit(giPoint3coDynArr const & points, giAngle const & limit,
                                     giUnitVec3 const & preferred_dir, giUnitVec3coDynArr const & normals,
                                     mlVector & parameters);

@@ -4,8 +4,8 @@
 #include <datumfit/foundation/geometry/point3.h>
 #include <datumfit/foundation/geometry/unit_vec3.h>
 #include <datumfit/foundation/maths/vector.h>
-#include <datumfit/foundation/utilities/observer_ptr.h>
 #include <datumfit/foundation/utilities/math.h>
+#include <datumfit/foundation/utilities/observer_ptr.h>
 
 /// The best solutions of a search for a cone: proper or non-physical (see cone_tolerance.h), within the limits of the
 /// search or whatever they are.

@@ -45,6 +45,17 @@ constexpr double least_cut = 0.1;
 constexpr double most_cut = 0.5;
 constexpr double growth = 3.0;
 
+// A geometry that grows without end ceases to tell points apart. It may grow until its distances are known to this
+// share of their root mean square; where they never were known so well, by this factor from the start, and by this in a
+// step.
+constexpr double least_known = 1e-3;
+constexpr double growth_from_start = 2.0;
+constexpr double growth_in_a_step = 1.001;
+
+// The least pivot of a Gram matrix whose steps are as good as those of reflections but for a digit or two; below it the
+// last steps are left to these.
+constexpr double sound_pivot = 1e-3;
+
 // How often a fit may be pushed off a stationary point that is no minimum.
 constexpr int push_limit = 2;
 
@@ -61,10 +72,18 @@ descent::descent(mlDistanceLeastSquares & problem, all_points_model & model, int
       steps_(model.unknowns(), std::min(model.unknowns(), problem.n_independent_parameters())),
       linearise_(model.unknowns(), points, model.rows_per_point()), acceleration_(model.unknowns()) {}
 
+void descent::linearise(triangular_factor & factor) {
+    if (polishing_) {
+        linearise_.factorise(model_, factor);
+    } else {
+        linearise_.run(model_, factor);
+    }
+}
+
 void descent::stand_at(mlVector const & x) {
     x_ = x;
     model_.place(x_);
-    linearise_.run(model_, factor_);
+    linearise(factor_);
     steps_.reduce(factor_, scales_.data());
     now_.last_step = false;
 }
@@ -93,11 +112,13 @@ bool descent::try_step() {
     model_.move(x_, step_, trial_x_);
     if (std::equal(x_.data(), x_.data() + x_.dimension(), trial_x_.data())) return false;
     model_.place(trial_x_);
-    linearise_.run(model_, trial_factor_);
+    linearise(trial_factor_);
 
-    double const decrease = sum() - trial_factor_.sum_of_squares();
-    now_.flat = gain <= slack();
-    now_.moved = decrease >= -slack() || gradient_fell(gain, decrease);  // false for a NaN
+    // A sum that rounding has emptied says nothing of the way down.
+    bool const known = !outgrown();
+    double const decrease = known ? sum() - trial_factor_.sum_of_squares() : -sum();
+    now_.flat = known && gain <= slack();
+    now_.moved = known && (decrease >= -slack() || gradient_fell(gain, decrease));  // false for a NaN
     if (!now_.moved) {
         acceleration_.reset();
         if (improved) return true;
@@ -112,6 +133,7 @@ bool descent::try_step() {
         }
     }
     if (now_.moved) {
+        now_.resolution = model_.resolution();
         std::swap(factor_, trial_factor_);
         model_.difference(x_, trial_x_, last_move_);
         std::swap(x_, trial_x_);
@@ -122,6 +144,13 @@ bool descent::try_step() {
         steps_.reduce(factor_, scales_.data());
     }
     return true;
+}
+
+// Whether the geometry just placed has grown until rounding eats its distances.
+bool descent::outgrown() const {
+    double const r = model_.resolution();
+    bool const grown = r > growth_from_start * now_.start_resolution && r > growth_in_a_step * now_.resolution;
+    return grown && r > least_known * std::sqrt(sum() / points_);
 }
 
 // Near the minimum a sum that grew by its rounding says nothing, and the gradient everything. How far rounding goes is
@@ -228,6 +257,7 @@ double descent::finish(mlVector & result) {
 
 void descent::begin(mlVector const & start) {
     now_ = progress();
+    polishing_ = false;
     acceleration_.reset();
     model_.from_parameters(start, trial_x_);
     model_.place(trial_x_);
@@ -237,6 +267,18 @@ void descent::begin(mlVector const & start) {
     }
     stand_at(trial_x_);
     now_.stationary_from = sum();
+    now_.start_resolution = now_.resolution = model_.resolution();
+}
+
+// Goes on with the factor by reflections where the Gram matrix has brought the fit as near as its digits reach. True
+// when there is something to go on for.
+bool descent::polish() {
+    if (polishing_ || !(factor_.weakest_pivot() < sound_pivot)) return false;
+    polishing_ = true;
+    stand_at(x_);
+    now_.lowest = unlimited;
+    now_.stale = 0;
+    return true;
 }
 
 double descent::run(mlVector const & start, int max_iterations, bool strict, mlVector & result) {
@@ -246,6 +288,7 @@ double descent::run(mlVector const & start, int max_iterations, bool strict, mlV
     for (int iteration = 0; iteration < max_iterations && std::isfinite(sum()); ++iteration) {
         if ((strict_ || !at_rounding()) && try_step() && !stale()) continue;
         if (removable() > now_.lowest) stand_at(best_x_);
+        if (polish()) continue;
         if (pushes++ == push_limit || !push()) break;
     }
     return finish(result);

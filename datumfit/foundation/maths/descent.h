@@ -37,6 +37,9 @@ private:
         double last_removable = 0.0;
         bool contracts = false;
 
+        double start_resolution = 0.0;  // of the distances, at the start and at the present place
+        double resolution = 0.0;
+
         bool moved = true;       // the step in hand led down
         bool flat = false;       // it promised less than sums can tell
         bool last_step = false;  // it needs no pass behind it
@@ -46,9 +49,12 @@ private:
     };
 
     void begin(mlVector const & start);
+    void linearise(triangular_factor & factor);
     void stand_at(mlVector const & x);
+    bool polish();
     bool at_rounding() const;
     bool try_step();
+    bool outgrown() const;
     bool gradient_fell(double gain, double decrease);
     bool is_last_step(double length);
     bool stale();
@@ -64,6 +70,7 @@ private:
     all_points_model & model_;
     int points_;
     bool strict_ = false;
+    bool polishing_ = false;  // the last steps are computed by reflections
     mlVector x_, trial_x_, best_x_;
     mlVector step_, last_move_, direction_, push_, scales_;
     triangular_factor factor_, trial_factor_;

@@ -77,6 +77,7 @@ triangular_factor::triangular_factor(int columns)
 void triangular_factor::clear(int columns) {
     columns_ = columns;
     sum_ = 0.0;
+    weakest_pivot_ = 1.0;
     std::fill(at_.begin(), at_.end(), 0.0);
 }
 
@@ -100,6 +101,7 @@ bool triangular_factor::take_gram(double const * upper) {
             if (k > j) {
                 (*this)(j, k) = a / (*this)(j, j);
             } else if (a > weakest_gram_pivot * whole) {  // a NaN is refused too
+                weakest_pivot_ = std::fmin(weakest_pivot_, a / whole);
                 (*this)(j, j) = std::sqrt(a);
             } else {
                 return false;

@@ -30,6 +30,10 @@ public:
     /// no defined state, when a column depends on those before it so much that fewer than half of the digits remain.
     bool take_gram(double const * upper);
 
+    /// The least share of its squared length that a column of the Gram matrix taken last keeps beside those before it.
+    /// The digits of a step are those of the reflections, less the digits of the root of this.
+    double weakest_pivot() const { return weakest_pivot_; }
+
     double operator()(int row, int column) const { return at_.data()[row * (capacity_ + 1) + column]; }
     double & operator()(int row, int column) { return at_.data()[row * (capacity_ + 1) + column]; }
 
@@ -47,6 +51,7 @@ private:
     int capacity_;
     int columns_;
     double sum_;
+    double weakest_pivot_ = 1.0;
     std::vector<double> at_;  // row by row, with b as one more column
 };
 
