@@ -14,5 +14,10 @@ echo
 echo 'A real bore, from the probe centres of a coordinate measuring machine: its surface is a probe radius further out.'
 show circle --inside --probe-radius 2.49978271104 measured_bore_probe_centres.csv
 echo
-echo 'Lines, planes, circles and spheres of examples/data, with the values that were published for them:'
-show --published *line*.csv *plane*.csv *circle*.csv *bore*.csv *sphere*.csv
+echo 'A real tube in eight points of a laser tracker, and a cone, both found without a start value. From a wrong one a fit'
+echo 'ends in other cylinders and cones, whose deviations are 70 times these and more.'
+show cylinder measured_tube.csv
+show cone nist_2000_cone_con10.csv
+echo
+echo 'All of examples/data, with the values that were published for them:'
+show --published *line*.csv *plane*.csv *circle*.csv *bore*.csv *sphere*.csv *cylinder*.csv *tube*.csv *cone*.csv

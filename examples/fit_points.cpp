@@ -1,5 +1,5 @@
-// Fits a line, plane, circle or sphere to the points of a file, or compares fits with published ones; --help tells
-// more.
+// Fits a line, plane, circle, sphere, cylinder or cone to the points of a file, or compares fits with published ones;
+// --help tells more.
 
 #include "support/fits.h"
 #include "support/points_file.h"
@@ -44,11 +44,14 @@ void print_help() {
     std::printf(
         "\n"
         "OPTION\n"
-        "  --inside, --outside   where the probe centres lie (circle, sphere): within a bore, around a boss\n"
+        "  --inside, --outside   where the probe centres of circle, sphere, cylinder and cone lie: within a bore,\n"
+        "                        around a boss\n"
         "  --probe-radius R      one probe radius for all points, in place of the column r; 0 for the plain fit\n"
         "  --normal X,Y,Z        normal of the plane of circle2 and line2; for probed points of a plane or line\n"
         "                        the direction from the surface to the probe, in place of the columns nx,ny,nz\n"
         "  --origin X,Y,Z        a point of the plane of circle2 and line2\n"
+        "  --axis X,Y,Z          preferred axis of a cylinder or cone: where points fit several nearly as well, one\n"
+        "                        within 10 degrees of it is taken\n"
         "  --exact               17 significant digits, which tell every double apart\n"
         "  --help\n\n"
         "FILE\n"
@@ -57,7 +60,8 @@ void print_help() {
         "  columns. A first row of these names settles their order; without it they are x,y; x,y,z; x,y,z,r;\n"
         "  x,y,z,nx,ny,nz or x,y,z,r,nx,ny,nz. Rows that begin with # are comments. line and circle use x and\n"
         "  y alone, and circle3 a sample of 10000 points when there are more. Lengths come out\n"
-        "  in the unit that they came in.\n\n"
+        "  in the unit that they came in. Residuals of circle, sphere, cylinder and cone are positive outside,\n"
+        "  negative within.\n\n"
         "The result is 0, 1 for points that cannot be fitted or that differ from the published values, and 2\n"
         "for arguments that cannot be understood.\n");
 }
@@ -85,10 +89,11 @@ bool parse_value(std::string const & option, std::string const & text, Arguments
     }
     if (option == "--origin") {
         arguments.task.origin = giPoint3(v[0], v[1], v[2]);
-    } else {
-        arguments.task.normal = giUnitVec3(v[0], v[1], v[2]);
+        return true;
     }
-    return option == "--origin" || v[0] != 0.0 || v[1] != 0.0 || v[2] != 0.0;
+    giUnitVec3 & direction = option == "--axis" ? arguments.task.axis : arguments.task.normal;
+    direction = giUnitVec3(v[0], v[1], v[2]);
+    return !direction.invalid();
 }
 
 Primitive const * find_primitive(std::string const & name) {
@@ -109,7 +114,7 @@ std::string parse_arguments(std::vector<std::string> const & words, Arguments & 
             arguments.exact = true;
         } else if (word == "--inside" || word == "--outside") {
             arguments.task.side = word == "--inside" ? Side::inside : Side::outside;
-        } else if (word == "--probe-radius" || word == "--origin" || word == "--normal") {
+        } else if (word == "--probe-radius" || word == "--origin" || word == "--normal" || word == "--axis") {
             if (i + 1 == words.size() || !parse_value(word, words[i + 1], arguments)) {
                 return word + (word == "--probe-radius" ? " needs a length" : " needs three numbers X,Y,Z");
             }
@@ -154,6 +159,9 @@ std::string prepare(Arguments & arguments) {
     }
     if (task.side != Side::unknown && primitive.probe != Probe::inside_or_outside) {
         return "takes neither --inside nor --outside";
+    }
+    if (!task.axis.invalid() && !primitive.has_axis) {
+        return "takes no --axis";
     }
     if (task.side != Side::unknown && !task.is_probed() && arguments.probe_radius < 0.0) {
         return "needs a column r or --probe-radius with --inside or --outside";
@@ -232,7 +240,7 @@ void print_report(std::string const & path, Arguments const & arguments, Fit con
     std::printf("\n\n");
     for (Quantity const & quantity : fit.quantities) {
         print_value(quantity.name, quantity.value, arguments.exact);
-        std::printf("\n");
+        std::printf("%s%s\n", *quantity.note != '\0' ? "   " : "", quantity.note);
     }
     print_value("deviation", fit.deviation, arguments.exact);
     bool const sampled = arguments.primitive->fit == fit_circle3 && n > 10000;

@@ -4,6 +4,7 @@
 #include <datumfit/foundation/geometry/scale_to_unit.h>
 #include <datumfit/foundation/maths/lane_model.h>
 #include <datumfit/foundation/maths/vector.h>
+#include <datumfit/primitives/near_surface.h>
 #include <datumfit/primitives/point_sums.h>
 
 #include <cmath>
@@ -91,6 +92,33 @@ struct axis_frame {
     /// Shifts count as lengths, tilts by the length of their lever.
     static void scales(double reach, mlVector & s) {
         for (int k = 0; k < unknowns; ++k) s[k] = k < 2 ? 1.0 : reach;
+    }
+
+    /// The section through the origin of a surface about this axis that has such a radius there.
+    near_surface<2> section(double radius, double how_far) const {
+        double centre[2];
+        near_surface<2> surface;
+        section_of(point, centre);
+        surface.see(centre, radius, how_far);
+        return surface;
+    }
+
+    /// Writes the coordinates across the axis of a point, from the origin.
+    void section_of(double const * p, double (&centre)[2]) const {
+        for (int m = 0; m < 2; ++m) centre[m] = p[0] * across[m][0] + p[1] * across[m][1] + p[2] * across[m][2];
+    }
+
+    /// Puts the axis of x, whose direction is the new one, so far from the origin against a normal, given across this
+    /// axis, of the section there.
+    void turn_section(double const (&n)[2], double distance, mlVector & x) const {
+        double * const a = x.data() + 3;
+        double normal[3];
+        scale_to_unit(a, 3);
+        for (int k = 0; k < 3; ++k) normal[k] = n[0] * across[0][k] + n[1] * across[1][k];
+        double const s = normal[0] * a[0] + normal[1] * a[1] + normal[2] * a[2];
+        for (int k = 0; k < 3; ++k) normal[k] -= s * a[k];
+        scale_to_unit(normal, 3);
+        for (int k = 0; k < 3; ++k) x.data()[k] = -distance * normal[k];
     }
 
     /// How far the point of the axis lies from the origin, at most.

@@ -22,6 +22,7 @@ struct flat_kernel : plain_steps<Dimension + 1> {
     static constexpr int rows = 1;
     static constexpr bool probed = true;
     static constexpr bool regular = false;
+    static constexpr bool sees_reach = false;
 
     double offset = 0.0;
     double normal[Dimension] = {};

@@ -19,6 +19,7 @@ struct ring_kernel : plain_steps<7> {
     static constexpr int rows = 2;
     static constexpr bool probed = false;
     static constexpr bool regular = false;
+    static constexpr bool sees_reach = false;
 
     // Nearer to the axis than this a point has no radial direction.
     static constexpr double lost_direction = 1e-7;

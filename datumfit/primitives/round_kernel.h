@@ -2,6 +2,7 @@
 
 #include <datumfit/foundation/maths/lane_model.h>
 #include <datumfit/foundation/maths/vector.h>
+#include <datumfit/primitives/near_surface.h>
 
 #include <cmath>
 #include <limits>
@@ -18,6 +19,7 @@ struct round_kernel : plain_steps<Dimension + 1> {
     static constexpr int rows = 1;
     static constexpr bool probed = Probed;
     static constexpr bool regular = true;
+    static constexpr bool sees_reach = true;
 
     // Nearer to the centre than this the direction of u is mostly rounding, and a unit gradient along it would throw
     // the solver off.
@@ -25,6 +27,8 @@ struct round_kernel : plain_steps<Dimension + 1> {
 
     double centre[Dimension] = {};
     double radius = 0.0;
+    double reach = 0.0;  // of the points whose fit takes steps; 0 where only the formulas are asked for
+    near_surface<Dimension> surface;
 
     void from_parameters(double const * origin, mlVector const & p, mlVector & x) const {
         for (int k = 0; k < Dimension; ++k) x[k] = p[k] - origin[k];
@@ -34,7 +38,25 @@ struct round_kernel : plain_steps<Dimension + 1> {
         for (int k = 0; k < Dimension; ++k) p[k] = x[k] + origin[k];
         p[Dimension] = x[Dimension];
     }
-    void place(mlVector const & x) { take(x); }
+    void place(mlVector const & x) {
+        take(x);
+        surface.see(centre, radius, reach);
+    }
+    void move(mlVector const & x, mlVector const & step, mlVector & to) const {
+        near_surface<Dimension> from;
+        from.see(x.data(), x[Dimension], reach);
+        if (!from.near) return plain_steps<Dimension + 1>::move(x, step, to);
+        double n[Dimension], d, r;
+        from.move(step.data(), n, d, r);
+        for (int k = 0; k < Dimension; ++k) to[k] = -d * n[k];
+        to[Dimension] = std::abs(r);
+    }
+    void difference(mlVector const & from, mlVector const & to, mlVector & step) const {
+        near_surface<Dimension> here;
+        here.see(from.data(), from[Dimension], reach);
+        if (!here.near) return plain_steps<Dimension + 1>::difference(from, to, step);
+        here.difference(to.data(), to[Dimension], step.data());
+    }
     void take(mlVector const & x) {
         for (int k = 0; k < Dimension; ++k) centre[k] = x[k];
         radius = x[Dimension];
@@ -42,9 +64,9 @@ struct round_kernel : plain_steps<Dimension + 1> {
 
     // The subtractions round to the size of the circle and of the way to its centre.
     double resolution(double) const {
-        double reach = std::abs(radius);
-        for (int k = 0; k < Dimension; ++k) reach += std::abs(centre[k]);
-        return std::numeric_limits<double>::epsilon() * reach;
+        double size = std::abs(radius);
+        for (int k = 0; k < Dimension; ++k) size += std::abs(centre[k]);
+        return std::numeric_limits<double>::epsilon() * size;
     }
 
     template <class Real>
@@ -59,8 +81,15 @@ struct round_kernel : plain_steps<Dimension + 1> {
         Real u[Dimension], rho;
         from_centre(q, u, rho);
         Real const w = where_above(rho, lost_direction, Real(-1.0) / rho);
-        for (int k = 0; k < Dimension; ++k) r[0][k] = u[k] * w;
-        r[0][Dimension] = Real(-1.0);
+        if (surface.near) {
+            Real e[Dimension], columns[Dimension + 1];
+            for (int k = 0; k < Dimension; ++k) e[k] = -(u[k] * w);
+            surface.row(e, columns);
+            for (int k = 0; k <= Dimension; ++k) r[0][k] = columns[k];
+        } else {
+            for (int k = 0; k < Dimension; ++k) r[0][k] = u[k] * w;
+            r[0][Dimension] = Real(-1.0);
+        }
         r[0][parameters] = rho + offset - radius;
     }
 

@@ -17,12 +17,12 @@ enum class Side { unknown, inside, outside };
 /// What is fitted to what. Radii and normals that the arguments give have taken the place of those in the file.
 struct Task {
     PointsFile file;
-    Side side = Side::unknown;  // where the probe centres of a circle or sphere lie
+    Side side = Side::unknown;  // where the probe centres of a round primitive lie
     giPoint3 origin;            // invalid when not given
-    giUnitVec3 normal;          // invalid when not given
+    giUnitVec3 normal, axis;    // invalid when not given
 
     bool is_probed() const { return file.radii.size() > 0; }
-    /// What the probe adds to the distance of point i from a circle or sphere.
+    /// What the probe adds to the distance of point i from a round primitive.
     double signed_radius(int i) const {
         return !is_probed() ? 0.0 : side == Side::inside ? file.radii.read(i) : -file.radii.read(i);
     }
@@ -31,6 +31,7 @@ struct Task {
 struct Quantity {
     std::string name;
     double value;
+    char const * note = "";
 };
 
 /// The outcome of one fit.
@@ -49,9 +50,9 @@ struct Fit {
         return found;
     }
     template <typename Triple>
-    void add3(std::string const & name, Triple const & v) {
+    void add3(std::string const & name, Triple const & v, char const * note = "") {
         add2(name, v);
-        quantities.push_back({name + " z", v.z()});
+        quantities.push_back({name + " z", v.z(), note});
     }
     template <typename Pair>
     void add2(std::string const & name, Pair const & v) {
@@ -239,6 +240,73 @@ inline int fit_sphere(Task const & task, Fit & fit) {
     return found;
 }
 
+/// The point of an axis at the foot of the centroid of the points.
+inline giPoint3 foot_of_centroid(giPoint3coDynArr const & points, giPoint3 const & on_axis, giUnitVec3 const & axis) {
+    giVector3 sum(0.0, 0.0, 0.0);
+    for (int i = 0; i < points.size(); ++i) {
+        sum += points[i] - points[0];
+    }
+    giPoint3 const centroid = points[0] + (1.0 / points.size()) * sum;
+    return on_axis + axis.dot(centroid - on_axis) * axis;
+}
+
+inline constexpr char const * at_foot = "of the axis, nearest to the centroid of the points";
+
+/// How far an axis may lie from the preferred one.
+inline giAngle axis_limit() {
+    return giAngle(giAngleDegrees, 10.0);
+}
+
+inline int fit_cylinder(Task const & task, Fit & fit) {
+    giPoint3coDynArr const & points = task.file.points;
+    giPoint3 on_axis;
+    giUnitVec3 axis;
+    double radius = 0.0;
+    int const found = fit.timed([&] {
+        return task.is_probed() ? sqLeastSquareEvaluator::evaluate_probed_cylinder(
+                                      points, task.file.radii, task.side == Side::inside, on_axis, axis, radius,
+                                      fit.deviation, task.axis, axis_limit(), 0)
+                                : sqLeastSquareEvaluator::evaluate_cylinder(points, on_axis, axis, radius,
+                                                                            fit.deviation, task.axis, axis_limit(), 0);
+    });
+    fit.add3("point", foot_of_centroid(points, on_axis, axis), at_foot);
+    fit.add3("direction", axis);
+    fit.add_radius(radius);
+    for (int i = 0; i < points.size(); ++i) {
+        fit.residuals.push_back(axis.cross(points[i] - on_axis).length().value() + task.signed_radius(i) - radius);
+    }
+    return found;
+}
+
+inline int fit_cone(Task const & task, Fit & fit) {
+    giPoint3coDynArr const & points = task.file.points;
+    giPoint3 apex;
+    giUnitVec3 axis;
+    double half_angle = 0.0;
+    int const found = fit.timed([&] {
+        return task.is_probed() ? sqLeastSquareEvaluator::evaluate_probed_cone(
+                                      points, task.file.radii, task.side == Side::inside, points, apex, axis,
+                                      half_angle, fit.deviation, task.axis, axis_limit(), 0)
+                                : sqLeastSquareEvaluator::evaluate_cone(points, apex, axis, half_angle, fit.deviation,
+                                                                        task.axis, axis_limit(), 0);
+    });
+    double const sine = std::sin(half_angle), cosine = std::cos(half_angle);
+    giPoint3 const point = foot_of_centroid(points, apex, axis);
+    double const degrees = giAngle(giAngleRadians, half_angle).angle(giAngleDegrees);
+    fit.add3("apex", apex);
+    fit.add3("direction", axis, "towards the apex");
+    fit.quantities.push_back({"half angle", degrees, "degrees"});
+    fit.quantities.push_back({"apex angle", 2.0 * degrees, "degrees"});
+    fit.add3("point", point, at_foot);
+    fit.quantities.push_back({"distance", sine * axis.dot(apex - point), "of that point from the surface"});
+    for (int i = 0; i < points.size(); ++i) {
+        giVector3 const v = points[i] - apex;
+        fit.residuals.push_back(cosine * axis.cross(v).length().value() + sine * axis.dot(v) + task.signed_radius(i));
+    }
+    bool const is_cylinder = sine <= 8.0 * std::numeric_limits<double>::epsilon();  // its apex lies at infinity
+    return is_cylinder ? 0 : found;
+}
+
 /// How probe radii find their side.
 enum class Probe { none, inside_or_outside, by_normals };
 
@@ -249,19 +317,22 @@ struct Primitive {
     int spread;         // the directions in which points must spread to determine it
     bool is_seen_flat;  // only x and y count
     bool in_given_plane;
+    bool has_axis;
     Probe probe;
     int (*fit)(Task const &, Fit &);
 };
 
-inline constexpr std::array<Primitive, 8> primitives{{
-    {"line", "line in x and y", 2, 1, true, false, Probe::by_normals, fit_line},
-    {"line2", "line in the plane of --origin and --normal", 2, 1, false, true, Probe::none, fit_line2},
-    {"line3", "line in space", 2, 1, false, false, Probe::none, fit_line3},
-    {"plane", "plane", 3, 2, false, false, Probe::by_normals, fit_plane},
-    {"circle", "circle in x and y", 3, 2, true, false, Probe::inside_or_outside, fit_circle},
-    {"circle2", "circle in the plane of --origin and --normal", 3, 2, false, true, Probe::none, fit_circle2},
-    {"circle3", "circle in space", 3, 2, false, false, Probe::none, fit_circle3},
-    {"sphere", "sphere", 4, 3, false, false, Probe::inside_or_outside, fit_sphere},
+inline constexpr std::array<Primitive, 10> primitives{{
+    {"line", "line in x and y", 2, 1, true, false, false, Probe::by_normals, fit_line},
+    {"line2", "line in the plane of --origin and --normal", 2, 1, false, true, false, Probe::none, fit_line2},
+    {"line3", "line in space", 2, 1, false, false, false, Probe::none, fit_line3},
+    {"plane", "plane", 3, 2, false, false, false, Probe::by_normals, fit_plane},
+    {"circle", "circle in x and y", 3, 2, true, false, false, Probe::inside_or_outside, fit_circle},
+    {"circle2", "circle in the plane of --origin and --normal", 3, 2, false, true, false, Probe::none, fit_circle2},
+    {"circle3", "circle in space", 3, 2, false, false, false, Probe::none, fit_circle3},
+    {"sphere", "sphere", 4, 3, false, false, false, Probe::inside_or_outside, fit_sphere},
+    {"cylinder", "cylinder", 5, 3, false, false, true, Probe::inside_or_outside, fit_cylinder},
+    {"cone", "cone", 6, 3, false, false, true, Probe::inside_or_outside, fit_cone},
 }};
 
 /// The name for points that spread in fewer directions than the primitive asks for, or nothing. The entries of the

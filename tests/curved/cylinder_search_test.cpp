@@ -135,7 +135,9 @@ TEST(CircleBounds, AreNeverAboveTheSumAndOftenNear) {
     int near = 0, tried = 0;
     for (int kind = 0; kind < 10; ++kind) {
         giPoint3coDynArr const points = cloud(kind);
-        circles_along_axes circles({points});
+        doublecoDynArr radii(25, 1);
+        for (int i = 0; i < 25; ++i) radii.append(0.01 + 0.02 * (i % 2) + 0.3 * (i % 5));
+        circles_along_axes circles({points, kind % 2 != 0 ? &radii : nullptr, kind % 4 / 2});
         for (int i = 0; i < 50; ++i, ++tried) {
             double const x = random.minus_one_one(), y = random.minus_one_one();
             giUnitVec3 const axis = i == 0 ? general_direction() : giUnitVec3(x, y, random.minus_one_one());
@@ -153,7 +155,7 @@ TEST(CylinderSearches, PreferADirectionUntilItCostsTooMuch) {
     tube t;
     t.noise = 1e-3;
     for (bool const panel : {true, false}) {
-        giPoint3coDynArr const points = panel ? rectangle(t.centre, 3.0, 2.0, 40, 1e-5) : t.points(40);
+        giPoint3coDynArr const points = panel ? rectangle(t.centre, 3.0, 2.0, 40) : t.points(40);
         giUnitVec3 const across = t.axis.any_normal();
         giUnitVec3 const preferred(panel ? 0.7 * across + t.axis.cross(across) : t.axis + 0.36 * across);
         fit free, f;

@@ -66,6 +66,10 @@ TEST(FitPoints, RefusesABadFileInOneLineThatNamesTheRow) {
         {"circle", "1,1,5\n2,2,-1\n4,4,9\n", "all points lie on one line and determine no circle"},
         {"line3", "0.1,7,0.3\n0.1,7,0.3\n0.1,7,0.3\n", "all points coincide and determine no line3"},
         {"sphere", "1,0,3\n0,1,3\n-1,0,3\n0,-1,3\n", "all points lie in one plane and determine no sphere"},
+        {"cylinder", "1,0,0\n0,1,1\n-1,0,2\n0,-1,3\n", "too few points for cylinder: 4, where 5 are needed"},
+        {"cylinder", "1,0,3\n0,1,3\n-1,0,3\n0,-1,3\n1,1,3\n", "all points lie in one plane and determine no cylinder"},
+        {"cone", "1,0,0\n0,1,1\n-1,0,2\n0,-1,3\n1,1,1\n", "too few points for cone: 5, where 6 are needed"},
+        {"cone", "0,0,0\n1,2,3\n2,4,6\n3,6,9\n4,8,12\n5,10,15\n", "all points lie on one line and determine no cone"},
     };
     for (auto const & bad : cases) {
         SCOPED_TRACE(bad.text);
@@ -82,7 +86,8 @@ TEST(FitPoints, RefusesABadFileInOneLineThatNamesTheRow) {
 TEST(FitPoints, RefusesArgumentsThatItCannotUnderstand) {
     std::string const probed = "x,y,z,r\n1,0,0,1\n0,1,0,1\n-1,0,0,1\n0,0,1,1\n";
     for (char const * arguments : {"", "blob", "circle --wide", "circle --probe-radius -1", "circle", "circle3",
-                                   "circle2 --normal 0,0,1", "line2 --origin 0,0 --normal 0,0,1", "circle other.csv"}) {
+                                   "circle2 --normal 0,0,1", "line2 --origin 0,0 --normal 0,0,1", "circle other.csv",
+                                   "cone", "circle --inside --axis 0,0,1", "cylinder --inside --axis 0,0,0"}) {
         EXPECT_EQ(2, fit(arguments, probed).code) << arguments;
     }
     EXPECT_EQ(2, fit("circle --inside", "1,0\n0,1\n-1,0\n").code);
@@ -130,6 +135,41 @@ TEST(FitPoints, TakesTheProbeIntoAccount) {
         EXPECT_NEAR(0.0, value(fit("plane", rows.str()), "largest residual"), 1e-9) << rows.str();
     }
     EXPECT_NEAR(2.0, value(fit("line --probe-radius 3 --normal 0,1,0", "0,5\n1,5\n7,5\n"), "intercept"), 1e-9);
+}
+
+TEST(FitPoints, PrefersTheCylinderAlongAGivenAxis) {
+    std::string const cube =
+        "1,1,1\n-1,1,1\n1,-1,1\n-1,-1,1\n1,1,-1\n-1,1,-1\n1,-1,-1\n-1,-1,-1\n";  // three fit exactly
+    for (auto const & [axis, direction] : {std::pair("9,0,-1", "direction x"), {"0,9,1", "direction y"}}) {
+        Outcome const bore = fit("cylinder --inside --probe-radius 0.5 --axis " + std::string(axis), cube);
+        EXPECT_NEAR(1.0, std::fabs(value(bore, direction)), 1e-9);
+        EXPECT_NEAR(0.5 + std::sqrt(2.0), value(bore, "radius"), 1e-9);
+        Outcome const bolt = fit("cylinder --outside --probe-radius 0.5 --axis " + std::string(axis), cube);
+        EXPECT_NEAR(std::sqrt(2.0) - 0.5, value(bolt, "radius"), 1e-9);
+        EXPECT_NEAR(1.0, std::fabs(value(fit("cylinder --axis " + std::string(axis), cube), direction)), 1e-9);
+    }
+}
+
+TEST(FitPoints, TakesTheProbeOfAConeIntoAccountAndTellsInFromOut) {
+    // Half angle with the tangent 3 / 4, apex at z = 5; the last row but one lies on it at z = -3.
+    auto const cone = [](char const * z) {
+        return std::string("3,0,1\n0,3,1\n-3,0,1\n0,-3,1\n6,0,-3\n0,6,-3\n-6,0,-3\n0,-6,-3\n") + "4.8,3.6," + z +
+               "\n-3.6,4.8,-3\n";
+    };
+    for (auto const & [options, apex] :
+         {std::pair("", 5.0), {" --inside", 5.0 + 5.0 / 3}, {" --outside", 5.0 - 5.0 / 3}}) {
+        std::string const arguments =
+            "cone --axis 0,0,1" + (*options != 0 ? options + std::string(" --probe-radius 1") : "");
+        Outcome const exact = fit(arguments, cone("-3"));
+        EXPECT_NEAR(apex, value(exact, "apex z"), 1e-9);
+        EXPECT_NEAR(1.0, value(exact, "direction z"), 1e-9);
+        EXPECT_NEAR(std::atan(0.75) * 180 / std::acos(-1.0), value(exact, "half angle"), 1e-9);
+        EXPECT_NEAR(0.0, value(exact, "largest residual"), 1e-9);
+        EXPECT_GT(value(fit(arguments, cone("-2.9")), "largest residual"), 0.0);
+        EXPECT_LT(value(fit(arguments, cone("-3.1")), "largest residual"), 0.0);
+    }
+    Outcome const tube = fit("cone", "4,0,0\n0,4,1\n-4,0,0\n0,-4,1\n4,0,5\n0,4,5\n-4,0,5\n0,-4,6\n");
+    EXPECT_NE(tube.text.npos, tube.text.find("determine no cone")) << tube.text;
 }
 
 TEST(FitPoints, NamesTheRowOfTheLargestResidual) {

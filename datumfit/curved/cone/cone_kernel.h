@@ -22,6 +22,7 @@ struct cone_kernel {
     static constexpr int rows = 1;
     static constexpr bool probed = Probed;
     static constexpr bool regular = true;
+    static constexpr bool sees_reach = false;
 
     axis_frame axis;
     double inset = 0.0;

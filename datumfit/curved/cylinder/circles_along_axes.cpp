@@ -27,34 +27,23 @@ giPoint2coDynArr room_for(int n) {
     return flat;
 }
 
-double spread_of(probe_set const & set) {
-    int const n = set.points.size();
-    if (!set.probed() || n == 0) return 0.0;
-    double mean = 0.0, sum = 0.0;
-    for (int i = 0; i < n; ++i) mean += set.radii->read(i) / n;
-    for (int i = 0; i < n; ++i) sum += utMath::square(set.radii->read(i) - mean);
-    return std::sqrt(sum);
+double sense_of(probe_set const & set) {
+    return set.inside != 0 ? 1.0 : -1.0;
 }
-
-// Room for the rounding of the spread and of the mean radius.
-constexpr double spread_margin = 1.0 + 1e-9;
 
 }  // namespace
 
 circles_along_axes::circles_along_axes(probe_set const & set)
-    : set_(set), bound_(set.points), spread_(spread_of(set)), mean_(mean_of(set.points)),
+    : set_(set), bound_(set.points, set.radii, sense_of(set)), mean_(mean_of(set.points)),
       flat_(room_for(set.points.size())), free_(flat_),
       probed_(flat_, set.probed() ? *set.radii : no_radii_, set.inside), free_solver_(free_), probed_solver_(probed_),
       circle_(mlVectorZero, 3), scratch_(circle_) {}
 
-// Probe radii that differ from their mean take no more than their spread off the root of the sum.
 double circles_along_axes::bound(giUnitVec3 const & axis) const {
     if (!set_.bounded) return 0.0;
     if (set_.counts != nullptr) ++set_.counts->bounds;
     double const a[3] = {axis.x(), axis.y(), axis.z()};
-    double const least = bound_.along(a);
-    double const root = std::sqrt(least) - spread_margin * spread_;
-    return spread_ > 0.0 ? (root > 0.0 ? root * root : 0.0) : least;
+    return bound_.along(a);
 }
 
 bool circles_along_axes::fit(giUnitVec3 const & axis) {
@@ -76,12 +65,11 @@ bool circles_along_axes::fit(giUnitVec3 const & axis) {
 }
 
 double circles_along_axes::greatest_distance() const {
-    double const sign = set_.inside != 0 ? 1.0 : -1.0;
     double greatest = 0.0;
     for (int i = 0; i < flat_.size(); ++i) {
         double const x = flat_[i].x() - circle_[0];
         double const y = flat_[i].y() - circle_[1];
-        double const offset = set_.probed() ? sign * set_.radii->read(i) : 0.0;
+        double const offset = set_.probed() ? sense_of(set_) * set_.radii->read(i) : 0.0;
         greatest = std::max(greatest, std::abs(std::sqrt(x * x + y * y) - circle_[2] + offset));
     }
     return greatest;

@@ -32,7 +32,6 @@ public:
 private:
     probe_set set_;
     circle_bound bound_;
-    double spread_;  // the root of the sum of squares by which the radii differ from their mean
     giPoint3 mean_;
     giPoint2coDynArr flat_;
     doublecoDynArr no_radii_;

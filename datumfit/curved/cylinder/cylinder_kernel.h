@@ -12,6 +12,9 @@ namespace internal {
 /// Cylinders: the distance of q is d = f + r - R, f its distance from the axis, r the signed probe radius. With e the
 /// direction away from the axis and g the coordinate along it, a shift of the axis changes d by -e and a tilt about its
 /// point by -g e. Parameters: a point of the axis, its direction, the radius.
+///
+/// Seen from points that cover a narrow strip of it, a cylinder's section is a near_surface, and the shifts and the
+/// growth of the radius are its steps. A tilt then keeps the place and the slope of that surface.
 template <bool Probed>
 struct cylinder_kernel {
     static constexpr int dimension = 3;
@@ -20,9 +23,12 @@ struct cylinder_kernel {
     static constexpr int rows = 1;
     static constexpr bool probed = Probed;
     static constexpr bool regular = true;
+    static constexpr bool sees_reach = true;
 
     axis_frame axis;
     double radius = 0.0;
+    double reach = 0.0;  // of the points whose fit takes steps; 0 where only the formulas are asked for
+    near_surface<2> section;
 
     void from_parameters(double const * origin, mlVector const & p, mlVector & x) const {
         axis_frame::from_parameters(origin, p, x);
@@ -33,25 +39,46 @@ struct cylinder_kernel {
     void place(mlVector & x) {
         axis_frame::normalize(x);
         take(x);
+        section = axis.section(radius, reach);
     }
     void take(mlVector const & x) {
         axis.take(x);
         radius = x[6];
     }
+
     void move(mlVector const & x, mlVector const & step, mlVector & to) const {
+        axis_frame from;
+        from.take(x);
+        near_surface<2> const here = from.section(x[6], reach);
         axis_frame::move(x, step, to);
         to[6] = x[6] + step[4];
+        if (!here.near) return;
+        double const bent[3] = {step[0], step[1], step[4]};
+        double n[2], distance, r;
+        here.move(bent, n, distance, r);
+        from.turn_section(n, distance, to);
+        to[6] = std::abs(r);
     }
     void difference(mlVector const & from, mlVector const & to, mlVector & step) const {
+        axis_frame frame;
+        frame.take(from);
         axis_frame::difference(from, to, step);
         step[4] = to[6] - from[6];
+        near_surface<2> const here = frame.section(from[6], reach);
+        if (!here.near) return;
+        double centre[2], bent[3];
+        frame.section_of(to.data(), centre);
+        here.difference(centre, to[6], bent);
+        step[0] = bent[0];
+        step[1] = bent[1];
+        step[4] = bent[2];
     }
-    void scales(double reach, mlVector & s) const {
-        axis_frame::scales(reach, s);
+    void scales(double how_far, mlVector & s) const {
+        axis_frame::scales(how_far, s);
         s[4] = 1.0;
     }
-    double resolution(double reach) const {
-        return std::numeric_limits<double>::epsilon() * (reach + axis.reach() + std::abs(radius));
+    double resolution(double how_far) const {
+        return std::numeric_limits<double>::epsilon() * (how_far + axis.reach() + std::abs(radius));
     }
 
     template <class Real>
@@ -71,6 +98,13 @@ struct cylinder_kernel {
             r[0][2 + m] = -(g * e[m]);
         }
         r[0][4] = Real(-1.0);
+        if (section.near) {
+            Real bent[3];
+            section.row(e, bent);
+            r[0][0] = bent[0];
+            r[0][1] = bent[1];
+            r[0][4] = bent[2];
+        }
         r[0][unknowns] = f + offset - radius;
     }
 };

@@ -15,6 +15,9 @@ class all_points_model {
 public:
     virtual ~all_points_model() = default;
 
+    /// Called at the start of a fit, when the points may have been written anew.
+    virtual void look() {}
+
     /// The solver's coordinates of a parameter vector, and the reverse, rounded to the parameters' own precision.
     virtual void from_parameters(mlVector const & p, mlVector & x) const = 0;
     virtual void to_parameters(mlVector const & x, mlVector & p) const = 0;

@@ -85,6 +85,7 @@ void descent::stand_at(mlVector const & x) {
     model_.place(x_);
     linearise(factor_);
     steps_.reduce(factor_, scales_.data());
+    now_.resolution = model_.resolution();
     now_.last_step = false;
 }
 
@@ -96,7 +97,7 @@ double descent::slack() const {
 }
 
 bool descent::at_rounding() const {
-    double const floor = distances_floor * std::sqrt(static_cast<double>(steps_.rank())) * model_.resolution() +
+    double const floor = distances_floor * std::sqrt(static_cast<double>(steps_.rank())) * now_.resolution +
                          products_floor * rounding * std::sqrt(sum());
     return removable() <= floor;
 }
@@ -170,7 +171,7 @@ bool descent::gradient_fell(double gain, double decrease) {
 bool descent::is_last_step(double length) {
     double const contraction = std::fmax(length / now_.last_length, removable() / now_.last_removable);
     double const next = length * (now_.contracts ? std::fmin(1.0, contraction_margin * contraction) : 1.0);
-    now_.last_step = !strict_ && length < now_.limit && next <= last_move * model_.resolution();
+    now_.last_step = !strict_ && length < now_.limit && next <= last_move * now_.resolution;
     return now_.last_step;
 }
 
@@ -196,7 +197,7 @@ bool descent::push() {
     int const n = step_.dimension();
     bool const descended = sum() < now_.stationary_from - slack();
     double const length = std::sqrt(sum() / points_);
-    if (!(length > model_.resolution())) return false;
+    if (!(length > now_.resolution)) return false;
     double lowest = sum() - 10.0 * slack();
     bool found = false;
     for (int k = 0; k < (descended ? n - steps_.rank() : n); ++k) {
@@ -259,6 +260,7 @@ void descent::begin(mlVector const & start) {
     now_ = progress();
     polishing_ = false;
     acceleration_.reset();
+    model_.look();
     model_.from_parameters(start, trial_x_);
     model_.place(trial_x_);
     model_.scales(scales_);
@@ -267,7 +269,7 @@ void descent::begin(mlVector const & start) {
     }
     stand_at(trial_x_);
     now_.stationary_from = sum();
-    now_.start_resolution = now_.resolution = model_.resolution();
+    now_.start_resolution = now_.resolution;
 }
 
 // Goes on with the factor by reflections where the Gram matrix has brought the fit as near as its digits reach. True

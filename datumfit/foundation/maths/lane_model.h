@@ -14,6 +14,7 @@
 /// - dimension, unknowns, rows: the coordinates of a point, the entries of a step, the rows of [J d] that a point
 /// gives.
 /// - probed: whether points have radii.
+/// - sees_reach: whether it has a member `reach`, to be told how far the points go from the origin.
 /// - regular: whether J has full rank as a rule, so that a Gram matrix can serve.
 /// - distance(q, radius, d): the distances of the point, one a row; their squares are summed.
 /// - row(q, radius, r): the rows, derivatives by the step and then the distance.
@@ -50,10 +51,8 @@ struct lane_points {
     lane_points(double const * coordinates, double const * radii, int count, double const * seen_from)
         : at(coordinates), radius(radii), n(count), origin{}, reach(0.0) {
         for (int k = 0; k < Dimension && n > 0; ++k) origin[k] = seen_from[k];
-        look();
     }
 
-    /// Takes note of how far the points go; to be called when they were written anew.
     void look() {
         reach = 0.0;
         for (int i = 0; i <= looked_at && n > 0; ++i) {
@@ -87,7 +86,14 @@ public:
 
     /// Sees them from a place of its own, at no greater distance than they are from each other.
     lane_model(double const * coordinates, double const * radii, int count, double const * origin)
-        : points_(coordinates, radii, count, origin), wide_(has_wide_lanes()) {}
+        : points_(coordinates, radii, count, origin), wide_(has_wide_lanes()) {
+        lane_model::look();
+    }
+
+    void look() override {
+        points_.look();
+        if constexpr (Kernel::sees_reach) kernel_.reach = points_.reach;
+    }
 
     void from_parameters(mlVector const & p, mlVector & x) const override {
         kernel_.from_parameters(points_.origin, p, x);
