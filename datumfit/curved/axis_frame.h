@@ -13,6 +13,16 @@
 namespace datumfit {
 namespace internal {
 
+/// The parameters of kernels whose first three are a point: it alone is counted from the origin of the model.
+struct point_first {
+    static void from_parameters(double const * origin, mlVector const & p, mlVector & x) {
+        for (int k = 0; k < p.dimension(); ++k) x[k] = k < 3 ? p[k] - origin[k] : p[k];
+    }
+    static void to_parameters(double const * origin, mlVector const & x, mlVector & p) {
+        for (int k = 0; k < x.dimension(); ++k) p[k] = k < 3 ? x[k] + origin[k] : x[k];
+    }
+};
+
 /// An axis in space and two directions across it, for the kernels of round surfaces.
 ///
 /// The first six entries of x are a point of the axis and its direction. The first four of a step say by how much the
@@ -80,13 +90,6 @@ struct axis_frame {
                 step[2 + m] += (to[3 + k] - from[3 + k]) * frame.across[m][k];
             }
         }
-    }
-
-    static void from_parameters(double const * origin, mlVector const & p, mlVector & x) {
-        for (int k = 0; k < p.dimension(); ++k) x[k] = k < 3 ? p[k] - origin[k] : p[k];
-    }
-    static void to_parameters(double const * origin, mlVector const & x, mlVector & p) {
-        for (int k = 0; k < x.dimension(); ++k) p[k] = k < 3 ? x[k] + origin[k] : x[k];
     }
 
     /// Shifts count as lengths, tilts by the length of their lever.

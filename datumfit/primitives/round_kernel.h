@@ -81,15 +81,21 @@ struct round_kernel : plain_steps<Dimension + 1> {
         Real u[Dimension], rho;
         from_centre(q, u, rho);
         Real const w = where_above(rho, lost_direction, Real(-1.0) / rho);
-        if (surface.near) {
-            Real e[Dimension], columns[Dimension + 1];
-            for (int k = 0; k < Dimension; ++k) e[k] = -(u[k] * w);
-            surface.row(e, columns);
-            for (int k = 0; k <= Dimension; ++k) r[0][k] = columns[k];
-        } else {
-            for (int k = 0; k < Dimension; ++k) r[0][k] = u[k] * w;
-            r[0][Dimension] = Real(-1.0);
-        }
+        for (int k = 0; k < Dimension; ++k) r[0][k] = u[k] * w;
+        r[0][Dimension] = Real(-1.0);
+        r[0][parameters] = rho + offset - radius;
+    }
+
+    bool is_near() const { return surface.near; }
+
+    template <class Real>
+    DATUMFIT_INLINE void near_row(Real const (&q)[Dimension], Real const & offset, Real (&r)[1][parameters + 1]) const {
+        Real e[Dimension], columns[Dimension + 1], rho;
+        from_centre(q, e, rho);
+        Real const w = where_above(rho, lost_direction, Real(1.0) / rho);
+        for (int k = 0; k < Dimension; ++k) e[k] = e[k] * w;
+        surface.row(e, columns);
+        for (int k = 0; k <= Dimension; ++k) r[0][k] = columns[k];
         r[0][parameters] = rho + offset - radius;
     }
 

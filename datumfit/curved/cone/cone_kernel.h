@@ -15,7 +15,7 @@ namespace internal {
 /// -e cos h, a tilt about its point by e (f sin h - g cos h), and a growth of h by g cos h - f sin h. Parameters: a
 /// point of the axis, its direction towards the apex, the distance p of the point from the surface, the half angle h.
 template <bool Probed>
-struct cone_kernel {
+struct cone_kernel : point_first {
     static constexpr int dimension = 3;
     static constexpr int parameters = 8;
     static constexpr int unknowns = axis_frame::unknowns + 2;
@@ -53,12 +53,6 @@ struct cone_kernel {
         p += moved * std::sin(h);
     }
 
-    void from_parameters(double const * origin, mlVector const & p, mlVector & x) const {
-        axis_frame::from_parameters(origin, p, x);
-    }
-    void to_parameters(double const * origin, mlVector const & x, mlVector & p) const {
-        axis_frame::to_parameters(origin, x, p);
-    }
     void place(mlVector & x) {
         normalize(x);
         take(x);

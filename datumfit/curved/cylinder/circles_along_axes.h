@@ -3,7 +3,7 @@
 #include <datumfit/curved/cylinder/circle_bound.h>
 #include <datumfit/curved/cylinder/probe_set.h>
 #include <datumfit/foundation/geometry/unit_vec3.h>
-#include <datumfit/primitives/circle_fits.h>
+#include <datumfit/primitives/repeated_circle_fit.h>
 
 namespace datumfit {
 namespace internal {
@@ -25,7 +25,7 @@ public:
     /// Of the circle fitted last: a point of the axis through its centre, its radius, the sum of the squared distances
     /// and the greatest distance of a point from it, probe radii counted in.
     giPoint3 const & centre() const { return centre_; }
-    double radius() const { return circle_[2]; }
+    double radius() const { return circle_.radius(); }
     double sum_of_squares() const { return sum_; }
     double greatest_distance() const;
 
@@ -33,12 +33,7 @@ private:
     probe_set set_;
     circle_bound bound_;
     giPoint3 mean_;
-    giPoint2coDynArr flat_;
-    doublecoDynArr no_radii_;
-    sqLeastSquareCircle2 free_;
-    sqLeastSquareProbedCircle2 probed_;
-    mlLevenbergMarquardt free_solver_, probed_solver_;
-    mlVector circle_, scratch_;
+    repeated_circle_fit circle_;
     giPoint3 centre_;
     double sum_ = 0.0;
 };

@@ -1,6 +1,6 @@
 #include <datumfit/curved/cylinder/cylinder_initial_solution.h>
 
-#include <datumfit/curved/cylinder/best_first.h>
+#include <datumfit/curved/best_first.h>
 #include <datumfit/curved/cylinder/circles_along_axes.h>
 #include <datumfit/extremal/circle_touching_three_circles.h>
 #include <datumfit/foundation/geometry/inf_line3.h>

@@ -16,7 +16,7 @@ namespace internal {
 /// Seen from points that cover a narrow strip of it, a cylinder's section is a near_surface, and the shifts and the
 /// growth of the radius are its steps. A tilt then keeps the place and the slope of that surface.
 template <bool Probed>
-struct cylinder_kernel {
+struct cylinder_kernel : point_first {
     static constexpr int dimension = 3;
     static constexpr int parameters = 7;
     static constexpr int unknowns = axis_frame::unknowns + 1;
@@ -30,12 +30,6 @@ struct cylinder_kernel {
     double reach = 0.0;  // of the points whose fit takes steps; 0 where only the formulas are asked for
     near_surface<2> section;
 
-    void from_parameters(double const * origin, mlVector const & p, mlVector & x) const {
-        axis_frame::from_parameters(origin, p, x);
-    }
-    void to_parameters(double const * origin, mlVector const & x, mlVector & p) const {
-        axis_frame::to_parameters(origin, x, p);
-    }
     void place(mlVector & x) {
         axis_frame::normalize(x);
         take(x);
@@ -90,22 +84,33 @@ struct cylinder_kernel {
 
     template <class Real>
     DATUMFIT_INLINE void row(Real const (&q)[3], Real const & offset, Real (&r)[1][unknowns + 1]) const {
-        Real e[2], f, g;
+        Real e[2];
+        tilts(q, offset, e, r[0]);
+        for (int m = 0; m < 2; ++m) r[0][m] = -e[m];
+        r[0][4] = Real(-1.0);
+    }
+
+    bool is_near() const { return section.near; }
+
+    template <class Real>
+    DATUMFIT_INLINE void near_row(Real const (&q)[3], Real const & offset, Real (&r)[1][unknowns + 1]) const {
+        Real e[2], bent[3];
+        tilts(q, offset, e, r[0]);
+        section.row(e, bent);
+        r[0][0] = bent[0];
+        r[0][1] = bent[1];
+        r[0][4] = bent[2];
+    }
+
+private:
+    // What both rows have: the tilts and the distance.
+    template <class Real>
+    DATUMFIT_INLINE void tilts(Real const (&q)[3], Real const & offset, Real (&e)[2], Real (&r)[unknowns + 1]) const {
+        Real f, g;
         axis.see(q, e, g);
         axis_frame::away(e, f);
-        for (int m = 0; m < 2; ++m) {
-            r[0][m] = -e[m];
-            r[0][2 + m] = -(g * e[m]);
-        }
-        r[0][4] = Real(-1.0);
-        if (section.near) {
-            Real bent[3];
-            section.row(e, bent);
-            r[0][0] = bent[0];
-            r[0][1] = bent[1];
-            r[0][4] = bent[2];
-        }
-        r[0][unknowns] = f + offset - radius;
+        for (int m = 0; m < 2; ++m) r[2 + m] = -(g * e[m]);
+        r[unknowns] = f + offset - radius;
     }
 };
 

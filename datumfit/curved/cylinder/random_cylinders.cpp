@@ -1,6 +1,6 @@
 #include <datumfit/curved/cylinder/random_cylinders.h>
 
-#include <datumfit/curved/cylinder/best_first.h>
+#include <datumfit/curved/best_first.h>
 #include <datumfit/foundation/maths/random.h>
 
 #include <limits>

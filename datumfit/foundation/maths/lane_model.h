@@ -14,7 +14,8 @@
 /// - dimension, unknowns, rows: the coordinates of a point, the entries of a step, the rows of [J d] that a point
 /// gives.
 /// - probed: whether points have radii.
-/// - sees_reach: whether it has a member `reach`, to be told how far the points go from the origin.
+/// - sees_reach: whether it has a member `reach`, to be told how far the points go from the origin, and other rows,
+///   near_row(q, radius, r), for a state in which is_near() says so.
 /// - regular: whether J has full rank as a rule, so that a Gram matrix can serve.
 /// - distance(q, radius, d): the distances of the point, one a row; their squares are summed.
 /// - row(q, radius, r): the rows, derivatives by the step and then the distance.
@@ -121,7 +122,13 @@ public:
     }
 
     bool gram(double * upper) override {
-        if constexpr (Kernel::regular) wide_ ? wide_gram(upper) : add_up<narrow_lanes>(upper);
+        if constexpr (Kernel::regular) {
+            if (is_near()) {
+                wide_ ? wide_gram<Kernel::sees_reach>(upper) : add_up<narrow_lanes, Kernel::sees_reach>(upper);
+            } else {
+                wide_ ? wide_gram<false>(upper) : add_up<narrow_lanes, false>(upper);
+            }
+        }
         return Kernel::regular;
     }
 
@@ -129,7 +136,7 @@ public:
         for (int i = 0; i < count; ++i) {
             double q[dimension], radius, r[Kernel::rows][columns];
             load(first + i, q, radius);
-            kernel_.row(q, radius, r);
+            is_near() ? row<Kernel::sees_reach>(q, radius, r) : row<false>(q, radius, r);
             for (int m = 0; m < Kernel::rows; ++m) {
                 for (int k = 0; k < columns; ++k) block[k * stride + m * count + i] = r[m][k];
             }
@@ -170,11 +177,26 @@ private:
         for (int m = 0; m < Kernel::rows; ++m) s += d[m] * d[m];
     }
 
-    template <class Real>
+    bool is_near() const {
+        if constexpr (Kernel::sees_reach) return kernel_.is_near();
+        return false;
+    }
+
+    // Which rows a kernel gives is settled before a pass, so that the pass has no choice to make a point.
+    template <bool Near, class Real>
+    DATUMFIT_INLINE void row(Real const (&q)[dimension], Real const & radius, Real (&r)[Kernel::rows][columns]) const {
+        if constexpr (Near) {
+            kernel_.near_row(q, radius, r);
+        } else {
+            kernel_.row(q, radius, r);
+        }
+    }
+
+    template <bool Near, class Real>
     DATUMFIT_INLINE void add_products(int i, Real (&s)[products]) const {
         Real q[dimension], radius, r[Kernel::rows][columns];
         load(i, q, radius);
-        kernel_.row(q, radius, r);
+        row<Near>(q, radius, r);
         for (int m = 0; m < Kernel::rows; ++m) {
             int at = 0;
             for (int j = 0; j < columns; ++j) {
@@ -199,7 +221,7 @@ private:
         return total;
     }
 
-    template <class Lanes>
+    template <class Lanes, bool Near>
     DATUMFIT_INLINE void add_up(double * upper) const {
         std::fill(upper, upper + products, 0.0);
         for (int first = 0; first < points_.n; first += summed_apart) {
@@ -208,14 +230,17 @@ private:
             double rest[products] = {};
             for (int k = 0; k < products; ++k) s[k] = Lanes(0.0);
             int i = first;
-            for (; i + lane_count <= last; i += lane_count) add_products(i, s);
-            for (; i < last; ++i) add_products(i, rest);
+            for (; i + lane_count <= last; i += lane_count) add_products<Near>(i, s);
+            for (; i < last; ++i) add_products<Near>(i, rest);
             for (int k = 0; k < products; ++k) upper[k] += sum_of_lanes(s[k]) + rest[k];
         }
     }
 
     DATUMFIT_WIDE double wide_sum(double bound) const { return sum<wide_lanes>(bound); }
-    DATUMFIT_WIDE void wide_gram(double * upper) const { add_up<wide_lanes>(upper); }
+    template <bool Near>
+    DATUMFIT_WIDE void wide_gram(double * upper) const {
+        add_up<wide_lanes, Near>(upper);
+    }
 
     Kernel kernel_;
     lane_points<dimension> points_;
