@@ -2,6 +2,7 @@
 
 /// All of the library.
 
+#include <datumfit/curved/axis_rev/least_square_axis_rev.h>
 #include <datumfit/curved/cone/cone_guess_generator.h>
 #include <datumfit/curved/cone/cone_normal.h>
 #include <datumfit/curved/cone/cone_solver.h>
@@ -16,7 +17,23 @@
 #include <datumfit/curved/cylinder/fitted_cylinder.h>
 #include <datumfit/curved/cylinder/least_square_cylinder.h>
 #include <datumfit/curved/cylinder/least_square_probed_cylinder.h>
+#include <datumfit/curved/ellipse/ellipse_solver.h>
+#include <datumfit/curved/ellipse/least_square_ellipse.h>
+#include <datumfit/curved/ellipse/least_square_probed_ellipse.h>
+#include <datumfit/curved/torus/distance_from_torus.h>
+#include <datumfit/curved/torus/least_square_torus.h>
+#include <datumfit/curved/torus/torus_solver.h>
+#include <datumfit/direct/direct_circle2.h>
+#include <datumfit/direct/direct_circle3.h>
+#include <datumfit/direct/direct_ellipse2.h>
+#include <datumfit/direct/direct_ellipse3.h>
+#include <datumfit/direct/direct_fit.h>
+#include <datumfit/direct/direct_fit_status.h>
+#include <datumfit/direct/sphere_fit.h>
 #include <datumfit/extremal/circle_touching_three_circles.h>
+#include <datumfit/extremal/convex_hull.h>
+#include <datumfit/extremal/relative_position.h>
+#include <datumfit/extremal/simplest_closed_path.h>
 #include <datumfit/foundation/containers/buffer_guard.h>
 #include <datumfit/foundation/containers/dyn_arr.h>
 #include <datumfit/foundation/containers/dyn_arr_iterator.h>
@@ -63,6 +80,7 @@
 #include <datumfit/foundation/maths/slice.h>
 #include <datumfit/foundation/maths/sym_eigen_vecs.h>
 #include <datumfit/foundation/maths/vector.h>
+#include <datumfit/foundation/surfaces/unit_vector_differentiator3.h>
 #include <datumfit/foundation/utilities/compare.h>
 #include <datumfit/foundation/utilities/math.h>
 #include <datumfit/foundation/utilities/numeric_cast.h>
@@ -73,6 +91,7 @@
 #include <datumfit/primitives/least_square_circle2.h>
 #include <datumfit/primitives/least_square_circle3.h>
 #include <datumfit/primitives/least_square_distance.h>
+#include <datumfit/primitives/least_square_distribution_quality.h>
 #include <datumfit/primitives/least_square_probed_circle2.h>
 #include <datumfit/primitives/least_square_probed_line2.h>
 #include <datumfit/primitives/least_square_probed_plane.h>

@@ -135,4 +135,39 @@ public:
 
     /// sqSetLeastSquareConeNonPhysicalTolerance().
     static double set_cone_non_physical_tolerance(double radians);
+
+    /// An ellipse in the plane through at least 4 points, found without a start value: sqCalculateLeastSquareEllipse().
+    static int evaluate_ellipse(giPoint2coDynArr const & points, giPoint2 & centre, double & major, double & minor,
+                                double & angle, double & deviation);
+
+    /// An ellipse in the plane through `origin` with that normal, nearest to the projections of the points on it, of
+    /// which there are at least 4: fewer give 0. `angle` is that of the major axis from the part of `reference` within
+    /// the plane, counterclockwise about the normal, from 0 to below pi; with a reference along the normal it is told
+    /// from some direction in the plane. The heights of the points above the plane count in the deviation only.
+    static int evaluate_ellipse2(giPoint3 const & origin, giUnitVec3 const & reference, giUnitVec3 const & normal,
+                                 giPoint3coDynArr const & points, giPoint3 & centre, double & major, double & minor,
+                                 double & angle, double & deviation);
+
+    /// The axis of a surface of revolution of unknown profile, from at least 6 points and as many normals, of either
+    /// sense; 0 with fewer points or another number of normals. With `direction` set, `point` and `direction` are the
+    /// start of one local fit; with it unset all axes and space diagonals are tried. A `point` that is not set starts
+    /// at the centroid. The deviation is the root mean square of the distances between the axis and the lines along
+    /// the normals. sqLeastSquareAxisRev tells what those do not determine.
+    static int evaluate_axis_rev(giPoint3coDynArr const & points, giUnitVec3coDynArr const & normals, giPoint3 & point,
+                                 giUnitVec3 & direction, double & deviation);
+
+    /// A torus through at least 4 points, found without a start value: sqCalculateTorusDownhillSimplex(). After a 0
+    /// with 4 points or more, axis_dir says nothing and the deviation is the largest float.
+    static int evaluate_torus(giPoint3coDynArr const & points, giPoint3 & centre, giUnitVec3 & axis_dir, double & major,
+                              double & minor, double & deviation);
+
+    /// A torus from at least 4 probe centres: with `inside` not 0 they lie within the tube.
+    static int evaluate_probed_torus(giPoint3coDynArr const & points, doublecoDynArr const & radii, int inside,
+                                     giPoint3 & centre, giUnitVec3 & axis_dir, double & major, double & minor,
+                                     double & deviation);
+
+    /// A torus near the axis through `centre` along axis_dir, by one downhill simplex; 0 with fewer than 3 points, and
+    /// then the deviation is 0 and all else as it was.
+    static int evaluate_torus_with_guess(giPoint3coDynArr const & points, giPoint3 & centre, giUnitVec3 & axis_dir,
+                                         double & major, double & minor, double & deviation);
 };
