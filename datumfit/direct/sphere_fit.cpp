@@ -58,9 +58,9 @@ void sqSphereFit::do_fit() {
     double s[12] = {};
     sum_over_points<3>(plain(*points_), n, add_moments(), s);
     double m[] = {
-        s[3], s[6], s[7], s[0], -s[9],                        //
-        s[6], s[4], s[8], s[1], -s[10],                       //
-        s[7], s[8], s[5], s[2], -s[11],                       //
+        s[3], s[6], s[7], s[0],      -s[9],                  //
+        s[6], s[4], s[8], s[1],      -s[10],                 //
+        s[7], s[8], s[5], s[2],      -s[11],                 //
         s[0], s[1], s[2], double(n), -(s[3] + s[4] + s[5]),  //
     };
     matrix_rowred(m, 4, 5);

@@ -8,7 +8,7 @@ using datumfit::internal::turn_test;
 
 namespace {
 
-constexpr double far_right = 1e12;       // where the ray ends
+constexpr double far_right = 1e12;        // where the ray ends
 constexpr double edge_tolerance = 1e-10;  // an area
 
 bool segments_cross(giPoint2 const & p1, giPoint2 const & p2, giPoint2 const & q1, giPoint2 const & q2) {
@@ -38,10 +38,15 @@ sqRelativePosition sq_relative_position(giPoint2 const & point, giPoint2 const *
     bool inside = false;
     for (int i = 1; i < (closed ? count : count + 1); ++i) {
         switch (look_at_edge(polygon[i - 1], i < count ? polygon[i] : first, point)) {
-            case edge_on_vertex: return sqRelativeOnVertex;
-            case edge_on_edge: return sqRelativeOnEdge;
-            case edge_crossed: inside = !inside; break;
-            case edge_missed: break;
+            case edge_on_vertex:
+                return sqRelativeOnVertex;
+            case edge_on_edge:
+                return sqRelativeOnEdge;
+            case edge_crossed:
+                inside = !inside;
+                break;
+            case edge_missed:
+                break;
         }
     }
     return inside ? sqRelativeInside : sqRelativeOutside;
