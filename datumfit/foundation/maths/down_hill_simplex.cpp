@@ -20,8 +20,6 @@ constexpr double rounding = 32.0 * std::numeric_limits<double>::epsilon();
 // the start, on a contour, has equal values too.
 constexpr double size_to_trust_values = 1e-3;
 
-constexpr int most_evaluations_of_variable = 2000;
-
 // One run: the size of its first simplex and the size that ends it, in units.
 struct run {
     double first_size, last_size;
@@ -32,16 +30,17 @@ struct effort {
     run begin, again;
     int most_again;
     double settled;
+    int most_evaluations;  // of one run, for each variable
 };
 
 effort effort_of(mlDownHillSimplexSpeed speed) {
     switch (speed) {
         case mlDownHillSimplexQuick:
-            return {{1.0, 1e-2}, {}, 0, 0.0};
+            return {{1.0, 1e-2}, {}, 0, 0.0, 200};
         case mlDownHillSimplexNormal:
-            return {{1.0, 1e-4}, {1e-2, 1e-6}, 1, 0.0};
+            return {{1.0, 1e-4}, {1e-2, 1e-6}, 1, 0.0, 2000};
         default:
-            return {{1.0, 1e-8}, {1e-3, 0.0}, 8, 1e-8};
+            return {{1.0, 1e-8}, {1e-3, 0.0}, 8, 1e-8, 2000};
     }
 }
 
@@ -59,10 +58,10 @@ public:
     mlSlice best() { return vertices_[best_]; }
 
     // Runs from about the best point so far; returns by how many units at most a coordinate of it has moved.
-    double descend(run const & r) {
+    double descend(run const & r, int most_evaluations) {
         before_ = best();
         spread(r.first_size);
-        int const limit = evaluations_ + most_evaluations_of_variable * n_;
+        int const limit = evaluations_ + most_evaluations * n_;
         while (evaluations_ < limit && !ended(r)) {
             step();
             rank();
@@ -203,8 +202,8 @@ private:
 double mlDownHillSimplex::solve(mlFunctionN1 & f, mlVector const & start, mlDownHillSimplexSpeed speed) {
     effort const e = effort_of(speed);
     simplex s(f, start);
-    s.descend(e.begin);
-    for (int i = 0; i < e.most_again && s.descend(e.again) > e.settled; ++i) {
+    s.descend(e.begin, e.most_evaluations);
+    for (int i = 0; i < e.most_again && s.descend(e.again, e.most_evaluations) > e.settled; ++i) {
     }
     best_ = s.best();
     return s.best_value();
