@@ -19,5 +19,15 @@ echo 'ends in other cylinders and cones, whose deviations are 70 times these and
 show cylinder measured_tube.csv
 show cone nist_2000_cone_con10.csv
 echo
-echo 'All of examples/data, with the values that were published for them:'
-show --published *line*.csv *plane*.csv *circle*.csv *bore*.csv *sphere*.csv *cylinder*.csv *tube*.csv *cone*.csv
+echo 'An ellipse, and beside it the direct one of the same points: it takes one pass, but distances of another kind'
+echo 'count in it, and with these points that is another ellipse.'
+show ellipse gander_golub_strebel_1994_ellipse.csv
+show direct_ellipse gander_golub_strebel_1994_ellipse.csv
+echo
+echo 'A torus:'
+sed -n 's/^# //p' made_torus.csv
+show torus made_torus.csv
+echo
+echo 'All of examples/data that was published, with the values that were published for it:'
+show --published *line*.csv *plane*.csv *circle*.csv *bore*.csv *ellipse*.csv *sphere*.csv *cylinder*.csv *tube*.csv \
+    *cone*.csv

@@ -1,5 +1,5 @@
-// Fits a line, plane, circle, sphere, cylinder or cone to the points of a file, or compares fits with published ones;
-// --help tells more.
+// Fits a line, plane, circle, ellipse, sphere, cylinder, cone or torus to the points of a file, or compares fits with
+// published ones; --help tells more.
 
 #include "support/fits.h"
 #include "support/points_file.h"
@@ -34,22 +34,24 @@ int fail(ExitCode code, std::string const & reason) {
 
 void print_help() {
     std::printf(
-        "Fits a primitive to the points of a file: least mean square of the orthogonal distances.\n\n"
+        "Fits a primitive to the points of a file: least mean square of the orthogonal distances. Those in one pass\n"
+        "have the least algebraic ones, which is quicker, and less exact on short arcs.\n\n"
         "  fit_points PRIMITIVE [OPTION...] FILE\n"
         "  fit_points --published FILE...     compares with the published values that the files quote\n\n"
         "PRIMITIVE\n");
     for (Primitive const & primitive : primitives) {
-        std::printf("  %-9s %s, %d points or more\n", primitive.name, primitive.description, primitive.fewest_points);
+        std::printf("  %-14s %s, %d points or more\n", primitive.name, primitive.description, primitive.fewest_points);
     }
     std::printf(
         "\n"
         "OPTION\n"
-        "  --inside, --outside   where the probe centres of circle, sphere, cylinder and cone lie: within a bore,\n"
-        "                        around a boss\n"
+        "  --inside, --outside   where the probe centres of circle, sphere, cylinder, cone and torus lie: within a\n"
+        "                        bore or tube, around a boss or ring\n"
         "  --probe-radius R      one probe radius for all points, in place of the column r; 0 for the plain fit\n"
-        "  --normal X,Y,Z        normal of the plane of circle2 and line2; for probed points of a plane or line\n"
-        "                        the direction from the surface to the probe, in place of the columns nx,ny,nz\n"
-        "  --origin X,Y,Z        a point of the plane of circle2 and line2\n"
+        "  --normal X,Y,Z        normal of the plane of line2, circle2 and ellipse2; for probed points of a\n"
+        "                        plane or line the direction from the surface to the probe, in place of the columns\n"
+        "                        nx,ny,nz\n"
+        "  --origin X,Y,Z        a point of the plane of line2, circle2 and ellipse2\n"
         "  --axis X,Y,Z          preferred axis of a cylinder or cone: where points fit several nearly as well, one\n"
         "                        within 10 degrees of it is taken\n"
         "  --exact               17 significant digits, which tell every double apart\n"
@@ -58,10 +60,10 @@ void print_help() {
         "  One point a row: x,y or x,y,z, and where the points are centres of a probe its radius r; an\n"
         "  approximate normal nx,ny,nz may follow. Commas, semicolons, blanks or tabs stand between the\n"
         "  columns. A first row of these names settles their order; without it they are x,y; x,y,z; x,y,z,r;\n"
-        "  x,y,z,nx,ny,nz or x,y,z,r,nx,ny,nz. Rows that begin with # are comments. line and circle use x and\n"
-        "  y alone, and circle3 a sample of 10000 points when there are more. Lengths come out\n"
-        "  in the unit that they came in. Residuals of circle, sphere, cylinder and cone are positive outside,\n"
-        "  negative within.\n\n"
+        "  x,y,z,nx,ny,nz or x,y,z,r,nx,ny,nz. Rows that begin with # are comments. Primitives in x and y use\n"
+        "  these alone, and circle3 a sample of 10000 points when there are more. direct_ellipse and\n"
+        "  direct_sphere want points near the origin. Lengths come out in the unit that they came in. Residuals\n"
+        "  of round primitives in x and y and of surfaces are positive outside, negative within.\n\n"
         "The result is 0, 1 for points that cannot be fitted or that differ from the published values, and 2\n"
         "for arguments that cannot be understood.\n");
 }
@@ -205,7 +207,10 @@ int run(std::string const & path, Arguments & arguments, Fit & fit) {
         return fail(bad_data, path + ": " + reason);
     }
     if (arguments.primitive->fit(arguments.task, fit) == 0 || !std::isfinite(fit.deviation)) {
-        return fail(bad_data, path + ": the points determine no " + arguments.primitive->name);
+        return fail(bad_data,
+                    path + ": " +
+                        (fit.failure.empty() ? std::string("the points determine no ") + arguments.primitive->name
+                                             : fit.failure));
     }
     return success;
 }
@@ -290,7 +295,7 @@ int compare_file(std::string const & path, Comparison & sum) {
 
 int compare_files(std::vector<std::string> const & paths) {
     Comparison sum;
-    std::printf("  %-12s %26s %22s %11s\n", "quantity", "published", "computed", "difference");
+    std::printf("  %-16s %26s %22s %11s\n", "quantity", "published", "computed", "difference");
     for (std::string const & path : paths) {
         int const code = compare_file(path, sum);
         if (code != success) {

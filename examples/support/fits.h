@@ -1,78 +1,18 @@
 #pragma once
 
+#include "direct_fits.h"
+#include "ellipse_fits.h"
 #include "points_file.h"
+#include "task.h"
 
 #include <datumfit/datumfit.h>
 
+#include <algorithm>
 #include <array>
-#include <chrono>
 #include <cmath>
 #include <limits>
 #include <string>
-#include <string_view>
 #include <vector>
-
-enum class Side { unknown, inside, outside };
-
-/// What is fitted to what. Radii and normals that the arguments give have taken the place of those in the file.
-struct Task {
-    PointsFile file;
-    Side side = Side::unknown;  // where the probe centres of a round primitive lie
-    giPoint3 origin;            // invalid when not given
-    giUnitVec3 normal, axis;    // invalid when not given
-
-    bool is_probed() const { return file.radii.size() > 0; }
-    /// What the probe adds to the distance of point i from a round primitive.
-    double signed_radius(int i) const {
-        return !is_probed() ? 0.0 : side == Side::inside ? file.radii.read(i) : -file.radii.read(i);
-    }
-};
-
-struct Quantity {
-    std::string name;
-    double value;
-    char const * note = "";
-};
-
-/// The outcome of one fit.
-struct Fit {
-    std::vector<Quantity> quantities;
-    double deviation = 0.0;
-    std::vector<double> residuals;  // of each point: its distance from the fitted surface, less the probe radius
-    double milliseconds = 0.0;      // spent in the library
-
-    /// Runs an entry of the library and takes its time.
-    template <typename Entry>
-    int timed(Entry const & entry) {
-        auto const start = std::chrono::steady_clock::now();
-        int const found = entry();
-        milliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-        return found;
-    }
-    template <typename Triple>
-    void add3(std::string const & name, Triple const & v, char const * note = "") {
-        add2(name, v);
-        quantities.push_back({name + " z", v.z(), note});
-    }
-    template <typename Pair>
-    void add2(std::string const & name, Pair const & v) {
-        quantities.push_back({name + " x", v.x()});
-        quantities.push_back({name + " y", v.y()});
-    }
-    void add_radius(double radius) {
-        quantities.push_back({"radius", radius});
-        quantities.push_back({"diameter", 2.0 * radius});
-    }
-};
-
-/// The points as seen along z.
-inline giPoint2coDynArr seen_along_z(giPoint3coDynArr const & points) {
-    giPoint2coDynArr flat(points.size(), 1);
-    for (int i = 0; i < points.size(); ++i) {
-        flat.append(points[i].xy());
-    }
-    return flat;
-}
 
 /// Residuals of probe centres from their heights above a plane or line. The centres stand off on the side of the
 /// normal, unless no approximate normal told the side: then on the side where the residuals are smaller.
@@ -307,6 +247,29 @@ inline int fit_cone(Task const & task, Fit & fit) {
     return is_cylinder ? 0 : found;
 }
 
+inline int fit_torus(Task const & task, Fit & fit) {
+    giPoint3coDynArr const & points = task.file.points;
+    giPoint3 centre;
+    giUnitVec3 axis;
+    double major = 0.0, minor = 0.0;
+    int const found = fit.timed([&] {
+        return task.is_probed()
+                   ? sqLeastSquareEvaluator::evaluate_probed_torus(points, task.file.radii, task.side == Side::inside,
+                                                                   centre, axis, major, minor, fit.deviation)
+                   : sqLeastSquareEvaluator::evaluate_torus(points, centre, axis, major, minor, fit.deviation);
+    });
+    fit.add3("centre", centre);
+    fit.add3("direction", axis);
+    fit.quantities.push_back({"major radius", major, "of the circle that the tube follows"});
+    fit.quantities.push_back({"minor radius", minor, "of the tube"});
+    for (int i = 0; i < points.size(); ++i) {
+        giVector3 const v = points[i] - centre;
+        double const from_circle = std::hypot(axis.cross(v).length().value() - major, axis.dot(v));
+        fit.residuals.push_back(from_circle + task.signed_radius(i) - minor);
+    }
+    return found;
+}
+
 /// How probe radii find their side.
 enum class Probe { none, inside_or_outside, by_normals };
 
@@ -322,7 +285,7 @@ struct Primitive {
     int (*fit)(Task const &, Fit &);
 };
 
-inline constexpr std::array<Primitive, 10> primitives{{
+inline constexpr std::array<Primitive, 16> primitives{{
     {"line", "line in x and y", 2, 1, true, false, false, Probe::by_normals, fit_line},
     {"line2", "line in the plane of --origin and --normal", 2, 1, false, true, false, Probe::none, fit_line2},
     {"line3", "line in space", 2, 1, false, false, false, Probe::none, fit_line3},
@@ -333,6 +296,12 @@ inline constexpr std::array<Primitive, 10> primitives{{
     {"sphere", "sphere", 4, 3, false, false, false, Probe::inside_or_outside, fit_sphere},
     {"cylinder", "cylinder", 5, 3, false, false, true, Probe::inside_or_outside, fit_cylinder},
     {"cone", "cone", 6, 3, false, false, true, Probe::inside_or_outside, fit_cone},
+    {"ellipse", "ellipse in x and y", 5, 2, true, false, false, Probe::none, fit_ellipse},
+    {"ellipse2", "ellipse in the plane of --origin and --normal", 5, 2, false, true, false, Probe::none, fit_ellipse2},
+    {"torus", "torus", 7, 3, false, false, false, Probe::inside_or_outside, fit_torus},
+    {"direct_circle", "circle in x and y, in one pass", 3, 2, true, false, false, Probe::none, fit_direct_circle},
+    {"direct_ellipse", "ellipse in x and y, in one pass", 4, 2, true, false, false, Probe::none, fit_direct_ellipse},
+    {"direct_sphere", "sphere, in one pass", 4, 3, false, false, false, Probe::none, fit_direct_sphere},
 }};
 
 /// The name for points that spread in fewer directions than the primitive asks for, or nothing. The entries of the

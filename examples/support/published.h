@@ -76,7 +76,7 @@ inline int compare(std::vector<Published> const & published, Fit & fit) {
         double const difference = value - p.value;
         bool const agrees = std::fabs(difference) <= 0.5 * std::pow(10.0, -p.decimals);
         n_agreeing += agrees ? 1 : 0;
-        std::printf("  %-12s %26s %22.*f %11.1e  %s\n", p.name.c_str(), p.printed.c_str(), p.decimals, value,
+        std::printf("  %-16s %26s %22.*f %11.1e  %s\n", p.name.c_str(), p.printed.c_str(), p.decimals, value,
                     difference, agrees ? "agrees" : "DIFFERS");
     }
     return n_agreeing;

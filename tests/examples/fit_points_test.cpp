@@ -70,6 +70,13 @@ TEST(FitPoints, RefusesABadFileInOneLineThatNamesTheRow) {
         {"cylinder", "1,0,3\n0,1,3\n-1,0,3\n0,-1,3\n1,1,3\n", "all points lie in one plane and determine no cylinder"},
         {"cone", "1,0,0\n0,1,1\n-1,0,2\n0,-1,3\n1,1,1\n", "too few points for cone: 5, where 6 are needed"},
         {"cone", "0,0,0\n1,2,3\n2,4,6\n3,6,9\n4,8,12\n5,10,15\n", "all points lie on one line and determine no cone"},
+        {"ellipse", "1,0\n0,1\n-1,0\n0,-1\n", "too few points for ellipse: 4, where 5 are needed"},
+        {"torus", "1,0,0\n0,1,1\n-1,0,2\n0,-1,3\n1,1,1\n2,0,0\n", "too few points for torus: 6, where 7 are needed"},
+        {"torus", "1,0,3\n0,1,3\n2,0,3\n0,3,3\n1,1,3\n9,0,3\n0,5,3\n",
+         "all points lie in one plane and determine no torus"},
+        {"direct_circle", "0,0\n1,2.001\n2,4\n", "the direct fit is singular"},
+        {"direct_sphere", "1,0,3\n0,1,3\n-1,0,3\n0,-1,3\n",
+         "all points lie in one plane and determine no direct_sphere"},
     };
     for (auto const & bad : cases) {
         SCOPED_TRACE(bad.text);
@@ -85,9 +92,11 @@ TEST(FitPoints, RefusesABadFileInOneLineThatNamesTheRow) {
 
 TEST(FitPoints, RefusesArgumentsThatItCannotUnderstand) {
     std::string const probed = "x,y,z,r\n1,0,0,1\n0,1,0,1\n-1,0,0,1\n0,0,1,1\n";
-    for (char const * arguments : {"", "blob", "circle --wide", "circle --probe-radius -1", "circle", "circle3",
-                                   "circle2 --normal 0,0,1", "line2 --origin 0,0 --normal 0,0,1", "circle other.csv",
-                                   "cone", "circle --inside --axis 0,0,1", "cylinder --inside --axis 0,0,0"}) {
+    for (char const * arguments :
+         {"", "blob", "circle --wide", "circle --probe-radius -1", "circle", "circle3", "circle2 --normal 0,0,1",
+          "line2 --origin 0,0 --normal 0,0,1", "circle other.csv", "cone", "torus", "ellipse",
+          "torus --inside --axis 0,0,1", "ellipse2 --normal 0,0,1", "direct_sphere --inside",
+          "circle --inside --axis 0,0,1", "cylinder --inside --axis 0,0,0"}) {
         EXPECT_EQ(2, fit(arguments, probed).code) << arguments;
     }
     EXPECT_EQ(2, fit("circle --inside", "1,0\n0,1\n-1,0\n").code);
@@ -170,6 +179,63 @@ TEST(FitPoints, TakesTheProbeOfAConeIntoAccountAndTellsInFromOut) {
     }
     Outcome const tube = fit("cone", "4,0,0\n0,4,1\n-4,0,0\n0,-4,1\n4,0,5\n0,4,5\n-4,0,5\n0,-4,6\n");
     EXPECT_NE(tube.text.npos, tube.text.find("determine no cone")) << tube.text;
+}
+
+TEST(FitPoints, FitsATurnedEllipseDirectlyToo) {
+    // Semi-axes 5 and 3 about 1, 2 with the major axis along 4, 3; `stretched` moves the first point along that.
+    auto const ellipse = [](double stretched, double x, char const * between = ",") {
+        double const points[][2] = {{5 + 0.8 * stretched, 5 + 0.6 * stretched},
+                                    {-3, -1},
+                                    {-0.8, 4.4},
+                                    {2.8, -0.4},
+                                    {3.12, 5.84},
+                                    {5.28, 2.96},
+                                    {-3.28, 1.04}};
+        std::ostringstream rows;
+        for (auto const & p : points) rows << x + p[0] << between << p[1] << '\n';
+        return rows.str();
+    };
+    for (std::string const primitive : {"ellipse", "direct_ellipse"}) {
+        Outcome const exact = fit(primitive, ellipse(0, 0));
+        EXPECT_NEAR(1.0, value(exact, "centre x"), 1e-9);
+        EXPECT_NEAR(2.0, value(exact, "centre y"), 1e-9);
+        EXPECT_NEAR(5.0, value(exact, "major semi-axis"), 1e-9);
+        EXPECT_NEAR(3.0, value(exact, "minor semi-axis"), 1e-9);
+        EXPECT_NEAR(std::atan(0.75) * 180 / std::acos(-1.0), value(exact, "angle"), 1e-9);
+        EXPECT_NEAR(0.0, value(exact, "largest residual"), 1e-9);
+    }
+    double const best = value(fit("ellipse", ellipse(1, 0)), "deviation");
+    EXPECT_GT(value(fit("direct_ellipse", ellipse(1, 0)), "deviation"), best);
+    Outcome const lifted = fit("ellipse2 --origin 0,6,0 --normal 0,1,0", ellipse(0, 0, ",7,"));
+    EXPECT_NEAR(0.75, value(lifted, "direction z") / value(lifted, "direction x"), 1e-9);
+    EXPECT_NEAR(6.0, value(lifted, "centre y"), 1e-9);
+    EXPECT_NEAR(1.0, std::fabs(value(lifted, "largest residual")), 1e-9);
+    Outcome const far = fit("direct_ellipse", ellipse(0, 9999));
+    EXPECT_NE(far.text.npos, far.text.find("a circle: no ellipse")) << far.text;
+}
+
+TEST(FitPoints, FitsCirclesAndSpheresDirectly) {
+    Outcome const circle = fit("direct_circle", "5,2\n1,6\n-3,2\n1,-2\n");
+    EXPECT_NEAR(2.0, value(circle, "centre y"), 1e-9);
+    EXPECT_NEAR(4.0, value(circle, "radius"), 1e-9);
+    Outcome const sphere = fit("direct_sphere", "5,2,3\n1,6,3\n-3,2,3\n1,2,7\n1,2,-1\n");
+    EXPECT_NEAR(3.0, value(sphere, "centre z"), 1e-9);
+    EXPECT_NEAR(4.0, value(sphere, "radius"), 1e-9);
+    EXPECT_NEAR(0.0, value(sphere, "largest residual"), 1e-9);
+}
+
+TEST(FitPoints, TakesTheProbeOfATorusIntoAccountAndTellsInFromOut) {
+    std::string const torus =  // radii 4 and 1 about 0, 0, 2
+        "5,0,2\n0,5,2\n-3,0,2\n0,-5,2\n4,0,3\n0,4,1\n-4,0,1\n0,-4,3\n2.4,3.2,3\n";
+    Outcome const bore = fit("torus --inside --probe-radius 0.5", torus);
+    EXPECT_NEAR(2.0, value(bore, "centre z"), 1e-9);
+    EXPECT_NEAR(1.0, std::fabs(value(bore, "direction z")), 1e-9);
+    EXPECT_NEAR(4.0, value(bore, "major radius"), 1e-9);
+    EXPECT_NEAR(1.5, value(bore, "minor radius"), 1e-9);
+    EXPECT_NEAR(0.0, value(bore, "largest residual"), 1e-9);
+    Outcome const bump = fit("torus", torus + "-3,4,2\n2.4,-3.2,1\n-1.8,-2.4,2\n5.3,0,2\n");
+    EXPECT_NEAR(1.0, value(bump, "minor radius"), 0.02);
+    EXPECT_NEAR(0.17, value(bump, "largest residual"), 0.01);
 }
 
 TEST(FitPoints, NamesTheRowOfTheLargestResidual) {
