@@ -117,6 +117,16 @@ giPoint3coDynArr noisy_cone(int n) {
     return noisy_taper(n, 0.35);
 }
 
+giPoint3coDynArr noisy_torus(int n) {
+    Frame const frame = general_frame();
+    giVector3 const side = across(frame);
+    return make_points<giPoint3coDynArr>(n, [&](Uniform & uniform) {
+        double const turn = uniform.turn(), around = uniform.turn(), minor = 0.3 * size + uniform.error();
+        giVector3 const away = std::cos(turn) * frame.along + std::sin(turn) * side;
+        return frame.origin + (size + minor * std::cos(around)) * away + minor * std::sin(around) * frame.normal;
+    });
+}
+
 doublecoDynArr probe_radii(int n) {
     doublecoDynArr radii(n, 1);
     for (int i = 0; i < n; ++i) radii.append(1.5);

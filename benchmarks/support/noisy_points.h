@@ -24,6 +24,7 @@ giPoint3coDynArr noisy_circle3(int n);
 giPoint3coDynArr noisy_sphere(int n);
 giPoint3coDynArr noisy_cylinder(int n);  // as long as it is wide
 giPoint3coDynArr noisy_cone(int n);      // of half angle 0.35 radians, as long as it is wide in the middle
+giPoint3coDynArr noisy_torus(int n);     // whole, of a minor radius of 0.3 major ones
 
 /// The radii of points that one stylus took; with them the points above are probe centres.
 doublecoDynArr probe_radii(int n);

@@ -43,14 +43,6 @@ TEST_P(ConeGuesses, FindTheConeThatThePointsLieOn) {
         EXPECT_NEAR(0.0, root_mean_square(by_circles, part.points), tolerance);
         expect_cone(part, p, tolerance, at.size);
     }
-    cone_shape part(general_point(at.offset), general_direction(), 0.4);
-    part.section(1.0 * at.size, 12).section(2.5 * at.size, 13);
-    mlVector p;
-    double const guessed = generator(part.points).get_guess_fixed_axis_fit(p);
-    EXPECT_LT(root_mean_square(guessed, part.points), 0.2 * at.size);
-    sqLeastSquareCone problem(part.points);
-    EXPECT_NEAR(0.0, std::sqrt(mlLevenbergMarquardt(problem).fit(mlVector(p), p)), tolerance);
-    expect_cone(part, p, tolerance, at.size);
 }
 
 INSTANTIATE_TEST_SUITE_P(Placements, ConeGuesses, testing::ValuesIn(placements),
@@ -65,7 +57,7 @@ TEST(ConeGuesses, FromNormalsRefuseWhatHasNoApex) {
     }
     unset[1] = giUnitVec3();
     more.append(general_direction());
-    mlVector p = parameters_of({1, 2, 3});
+    mlVector p = vector_of({1, 2, 3});
     for (auto const * normals : {&two, &around, &unset, &more}) {
         EXPECT_EQ(none, generator(part.points, *normals).get_guess_from_normals(p));
     }
@@ -117,7 +109,7 @@ TEST(ConeGuesses, FlatKeepsTheBestOfItsWalk) {
         lo = std::min(lo, n.dot(part.points[i] - middle));
         hi = std::max(hi, n.dot(part.points[i] - middle));
     }
-    mlVector p = parameters_of({0, 0, 0, 0, 0, 0, 0, utMath::pi() / 2 - 0.005}), best, found;
+    mlVector p = vector_of({0, 0, 0, 0, 0, 0, 0, utMath::pi() / 2 - 0.005}), best, found;
     sqConeGuessGenerator generator(part.points, anywhere, giAngle(), no_normals);
     for (int k = 1; k <= 100; ++k) {
         giVector3 const q = middle.release() + (lo + k * (hi - lo) / 100.0) * n;
@@ -170,7 +162,7 @@ TEST(ConeGuesses, FixedAxesAreDrawnInOneOrder) {
         for (int k = 0; k < 8; ++k) EXPECT_EQ(expected[k], found[k]);
 
         // The next call draws on, and finds no direction admitted: the argument is scored as it comes.
-        mlVector as_is = parameters_of({1, 2, 3, 0, 0, 2, 0, 0.5}), copy(as_is);
+        mlVector as_is = vector_of({1, 2, 3, 0, 0, 2, 0, 0.5}), copy(as_is);
         EXPECT_EQ(scores.score(copy, none), only.get_guess_fixed_axis_fit(as_is));
         for (int k = 0; k < 8; ++k) EXPECT_EQ(copy[k], as_is[k]);
     }
@@ -179,7 +171,7 @@ TEST(ConeGuesses, FixedAxesAreDrawnInOneOrder) {
 TEST(ConeGuesses, AreCalmWithoutPoints) {
     giPoint3coDynArr const nothing;
     sqConeGuessGenerator empty = generator(nothing);
-    mlVector p = parameters_of({1, 2, 3, 0, 0, 2, 0, 0.5});
+    mlVector p = vector_of({1, 2, 3, 0, 0, 2, 0, 0.5});
     EXPECT_EQ(0.0, empty.deviation(p));
     EXPECT_EQ(none, empty.get_guess_flat(p));
     EXPECT_EQ(none, empty.get_guess_two_circles(p));
@@ -191,7 +183,7 @@ TEST(ConeGuesses, AreCalmWithoutPoints) {
 class ConeRanking : public testing::TestWithParam<double> {
 protected:
     void add(double square, double name, double half_angle, bool within) {
-        mlVector p = parameters_of({name, 0, 0, within ? 0.0 : 1.0, 0, within ? -1.0 : 0.0, 0, half_angle});
+        mlVector p = vector_of({name, 0, 0, within ? 0.0 : 1.0, 0, within ? -1.0 : 0.0, 0, half_angle});
         results.add(square, p);
     }
     double best() const {

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "support/shapes.h"
+#include "support/vectors.h"
 
 #include <cmath>
-#include <vector>
 
 /// A cone in general position whose sections across its axis are circles of n points; with the outward normals.
 struct cone_shape {
@@ -29,10 +29,6 @@ struct cone_shape {
         return *this;
     }
 };
-
-inline mlVector parameters_of(std::vector<double> const & p) {
-    return mlVector(utConvert, p.data(), static_cast<int>(p.size()));
-}
 
 /// The unit direction and the apex that parameters of a cone tell.
 inline giUnitVec3 axis_of(mlVector const & p) {

@@ -4,6 +4,7 @@
 
 #include <datumfit/curved/cone/cone_kernel.h>
 #include <datumfit/curved/cylinder/cylinder_kernel.h>
+#include <datumfit/curved/torus/torus_kernel.h>
 
 #include <gtest/gtest.h>
 
@@ -13,7 +14,8 @@ using namespace datumfit::internal;
 
 template <class Kernel>
 class AxisKernels : public testing::Test {};
-using Kernels = testing::Types<cylinder_kernel<false>, cylinder_kernel<true>, cone_kernel<false>, cone_kernel<true>>;
+using Kernels = testing::Types<cylinder_kernel<false>, cylinder_kernel<true>, cone_kernel<false>, cone_kernel<true>,
+                               torus_kernel<false>, torus_kernel<true>>;
 TYPED_TEST_SUITE(AxisKernels, Kernels);
 
 // An axis in general position, and axes near those of the coordinates, where frames might jump.

@@ -11,8 +11,7 @@ TEST(AxisGeometry, GivesCoordinateAndDistanceWithTheirDerivatives) {
     double g, f;
     mlVector dg, df;
     sqLeastSquareDistance3::F_G_and_derivatives(origin, axis, point, g, dg, f, df);
-    EXPECT_EQ(6, dg.dimension());
-    EXPECT_EQ(6, df.dimension());
+    EXPECT_TRUE(dg.dimension() == 6 && df.dimension() == 6);
     EXPECT_LT(g, 0.0);
     EXPECT_NEAR((point - origin).length().squared(), f * f + g * g, 1e-13);
     for (int k = 0; k < 6; ++k) {
@@ -69,25 +68,21 @@ TEST(PlaneGeometry, ProjectsWithinAFrameThatItsTransformKnows) {
     }
 }
 
-TEST(PlaneGeometry, QuickAngleGrowsWithTheAngle) {
-    giUnitVec2 const a(0.6, 0.8);
+TEST(PlaneGeometry, QuickAngleGrowsWithTheAngleAndTheBisectorHalvesIt) {
     double last = -3.0;
-    for (int degrees = 0; degrees < 360; degrees += 15) {
-        double const t = degrees * utMath::pi() / 180.0;
-        giUnitVec2 const b(0.6 * std::cos(t) - 0.8 * std::sin(t), 0.6 * std::sin(t) + 0.8 * std::cos(t));
+    for (int i = 0; i < 24; ++i) {
+        double const t = i * utMath::pi() / 12.0, from = 0.927;
+        giUnitVec2 const a(std::cos(from), std::sin(from)), b(std::cos(from + t), std::sin(from + t));
         EXPECT_GT(sqUtils::quick_angle(a, b), last);
         last = sqUtils::quick_angle(a, b);
-        EXPECT_NEAR(-std::cos(t), degrees <= 180 ? last + 1.0 : 1.0 - last, 1e-15);
-        // The bisector lies half way on the counter-clockwise arc.
-        giUnitVec2 const half = sqUtils::bisector(a, b);
-        double const s = degrees == 0 ? 0.0 : t / 2.0;
-        EXPECT_NEAR(0.0,
-                    half.cross(giVector2(0.6 * std::cos(s) - 0.8 * std::sin(s), 0.6 * std::sin(s) + 0.8 * std::cos(s))),
-                    1e-15);
-        EXPECT_NEAR(std::cos(s), half.dot(a), 1e-15);
+        EXPECT_NEAR(-std::cos(t), i <= 12 ? last + 1.0 : 1.0 - last, 1e-15);
+        // Half way on the counter-clockwise arc.
+        giVector2 const half(std::cos(from + t / 2.0), std::sin(from + t / 2.0));
+        EXPECT_NEAR(0.0, (sqUtils::bisector(a, b) - half).length().value(), 1e-15);
     }
-    EXPECT_EQ(-2.0, sqUtils::quick_angle(giUnitVec2(1.0, 0.0), giUnitVec2(1.0, 0.0)));
-    EXPECT_EQ(1.0, sqUtils::quick_angle(giUnitVec2(1.0, 0.0), giUnitVec2(0.0, -1.0)));
+    giUnitVec2 const x(1.0, 0.0);
+    EXPECT_EQ(-2.0, sqUtils::quick_angle(x, x));
+    EXPECT_EQ(1.0, sqUtils::quick_angle(x, giUnitVec2(0.0, -1.0)));
 }
 
 TEST(PlaneGeometry, CrossesAndIntersects) {

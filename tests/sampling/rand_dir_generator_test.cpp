@@ -69,17 +69,6 @@ TEST(RandDirGenMulti, GivesItsAxesFirstWithoutADraw) {
     }
 }
 
-TEST(RandDirGenerator, IsEvenOverTheAreasAndPrefersTheRegionAsTold) {
-    double inside = 0.0, inner_half = 0.0;
-    sqRandDirGenerator generator(5.0, axes[0], giAngle(giAngleDegrees, 60.0), 1.0);  // a quarter of the sphere
-    for (int i = 0; i < 8000; ++i) {
-        inside += generator.direction().dot(axes[0]) >= 0.5;
-        inner_half += generator.rand_vec_bias_region().dot(axes[0]) >= 0.75;
-    }
-    EXPECT_NEAR(5.0 / 8.0, inside / 8000.0, 0.017);  // three standard deviations of a share
-    EXPECT_NEAR(1.0 / 2.0, inner_half / 8000.0, 0.017);
-}
-
 TEST(RandDirGenerator, GivesNumbersForRegionsAndDecaysWithoutBounds) {
     EXPECT_EQ(0.0, sqRandDirGenerator(9.0, axes[0], giAngle180, 0.5).probability_bias_region_only());
     sqRandDirGenerator growing(2.0, axes[0], giAngle90, 2.0);

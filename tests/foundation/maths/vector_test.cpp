@@ -1,3 +1,5 @@
+#include "support/vectors.h"
+
 #include <datumfit/foundation/maths/vector.h>
 
 #include <gtest/gtest.h>
@@ -14,10 +16,6 @@ doubles contents(mlVector const & v) {
 
 doubles contents(mlMatrix const & m) {
     return doubles(m.row_data(0), m.row_data(m.rows()));
-}
-
-mlVector vector_of(doubles const & v) {
-    return mlVector(utConvert, v.data(), static_cast<int>(v.size()));
 }
 
 TEST(Vector, GrowsWhereItIsWrittenAndTakesASliceOfItself) {
