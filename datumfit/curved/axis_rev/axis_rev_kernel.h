@@ -13,7 +13,7 @@ namespace internal {
 /// point seen from that of the axis and f the length of the part of n across the axis, the distance is d = v · w. A
 /// shift of the axis changes it by -w; a tilt by e turns n × a by n × e, and so d by ((n × e) · v - (n × e) · w d) / f.
 /// A line along the axis has neither distance nor derivatives. Parameters: a point of the axis, its direction.
-struct axis_rev_kernel {
+struct axis_rev_kernel : point_first {
     static constexpr int dimension = 6;
     static constexpr int parameters = 6;
     static constexpr int unknowns = axis_frame::unknowns;
@@ -27,12 +27,6 @@ struct axis_rev_kernel {
 
     axis_frame axis;
 
-    void from_parameters(double const * origin, mlVector const & p, mlVector & x) const {
-        point_first::from_parameters(origin, p, x);
-    }
-    void to_parameters(double const * origin, mlVector const & x, mlVector & p) const {
-        point_first::to_parameters(origin, x, p);
-    }
     void place(mlVector & x) {
         axis_frame::normalize(x);
         axis.take(x);
