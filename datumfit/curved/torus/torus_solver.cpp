@@ -2,6 +2,7 @@
 
 #include <datumfit/curved/torus/distance_from_torus.h>
 #include <datumfit/curved/torus/least_square_torus.h>
+#include <datumfit/foundation/geometry/box3.h>
 #include <datumfit/foundation/maths/down_hill_simplex.h>
 #include <datumfit/foundation/maths/levenberg_marquardt.h>
 #include <datumfit/foundation/maths/random.h>
@@ -32,6 +33,47 @@ struct torus {
     double minor = 0.0;
     double deviation = none;
 };
+
+// The objective of the simplex counts what is no torus as a deviation of 100. Points whose box has no longer diagonal
+// than this come nearer than that to any circle they are folded to; others are searched in a greater unit, a power of
+// two, which costs no digit.
+constexpr double longest_diagonal = 200.0;
+
+double unit_of(giPoint3coDynArr const & points) {
+    if (points.size() == 0) return 1.0;
+    giBox3 box;
+    for (int i = 0; i < points.size(); ++i) box.merge(points[i]);
+    double const diagonal = (box.max() - box.min()).length().value();
+    bool const large = diagonal > longest_diagonal && std::isfinite(diagonal);
+    return large ? std::ldexp(1.0, std::ilogb(diagonal / longest_diagonal) + 1) : 1.0;
+}
+
+giPoint3 times(double factor, giPoint3 const & p) {
+    return giPoint3(factor * p.x(), factor * p.y(), factor * p.z());
+}
+
+// One simplex or several from a start axis, in the unit in which the points are given.
+int descend_from_guess(giPoint3coDynArr const & points, doublecoDynArr const & radii, int inside,
+                       giPoint3 const & start_point, giVector3 const & start_axis, giPoint3 & centre, giVector3 & axis,
+                       double & major, double & minor, double & deviation, sqTORUS_SPEED speed) {
+    sqDistanceFromTorus distance(points, radii, inside, start_point, start_axis);
+    mlVector x(mlVectorZero, 4);
+    auto const descend = [&x](mlDownHillSimplex & simplex, mlFunctionN1 & f, mlDownHillSimplexSpeed effort) {
+        simplex.solve(f, x, effort);
+        simplex.result(x);
+    };
+    mlDownHillSimplexSpeed effort = static_cast<mlDownHillSimplexSpeed>(speed);
+    if (speed == sqTORUS_HULL_AREA) {
+        sqRotationalProjectionHullArea hull(distance);
+        mlDownHillSimplex simplex(4);
+        for (int k = 0; k < 3; ++k) descend(simplex, hull, mlDownHillSimplexNormal);
+        descend(simplex, hull, mlDownHillSimplexThorough);
+        effort = mlDownHillSimplexThorough;
+    }
+    mlDownHillSimplex simplex(4);
+    descend(simplex, distance, effort);
+    return distance.torus_data(x, centre, axis, major, minor, deviation);
+}
 
 // A search of tori about a set of points.
 class torus_search {
@@ -161,21 +203,22 @@ int sqCalculateTorusDownhillSimplexWithGuess(giPoint3coDynArr const & points, do
                                              giPoint3 const & start_point, giVector3 const & start_axis,
                                              giPoint3 & centre, giVector3 & axis, double & major, double & minor,
                                              double & deviation, sqTORUS_SPEED speed) {
-    sqDistanceFromTorus distance(points, radii, inside, start_point, start_axis);
-    mlVector x(mlVectorZero, 4);
-    auto const descend = [&x](mlDownHillSimplex & simplex, mlFunctionN1 & f, mlDownHillSimplexSpeed effort) {
-        simplex.solve(f, x, effort);
-        simplex.result(x);
-    };
-    mlDownHillSimplexSpeed effort = static_cast<mlDownHillSimplexSpeed>(speed);
-    if (speed == sqTORUS_HULL_AREA) {
-        sqRotationalProjectionHullArea hull(distance);
-        mlDownHillSimplex simplex(4);
-        for (int k = 0; k < 3; ++k) descend(simplex, hull, mlDownHillSimplexNormal);
-        descend(simplex, hull, mlDownHillSimplexThorough);
-        effort = mlDownHillSimplexThorough;
+    double const unit = unit_of(points);
+    if (unit == 1.0) {
+        return descend_from_guess(points, radii, inside, start_point, start_axis, centre, axis, major, minor, deviation,
+                                  speed);
     }
-    mlDownHillSimplex simplex(4);
-    descend(simplex, distance, effort);
-    return distance.torus_data(x, centre, axis, major, minor, deviation);
+    giPoint3coDynArr smaller_points(points.size(), 1);
+    doublecoDynArr smaller_radii(radii.size() + 1, 1);
+    for (int i = 0; i < points.size(); ++i) smaller_points.append(times(1.0 / unit, points[i]));
+    for (int i = 0; i < radii.size(); ++i) smaller_radii.append(radii[i] / unit);
+    if (descend_from_guess(smaller_points, smaller_radii, inside, times(1.0 / unit, start_point), start_axis, centre,
+                           axis, major, minor, deviation, speed) == 0) {
+        return 0;
+    }
+    centre = times(unit, centre);
+    major *= unit;
+    minor *= unit;
+    deviation *= unit;
+    return 1;
 }

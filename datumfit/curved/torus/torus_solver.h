@@ -22,7 +22,8 @@ int sqCalculateTorusDownhillSimplex(giPoint3coDynArr const & points, doublecoDyn
                                     double & deviation, double tolerance);
 
 /// Finds a torus near a given axis, of unit length, by downhill simplexes only: 1, or 0 with fewer than 3 points and
-/// nothing written.
+/// nothing written. The simplexes start with steps of 0.1 in the unit in use; points whose box has a diagonal above 200
+/// are taken in a greater unit, a power of two.
 int sqCalculateTorusDownhillSimplexWithGuess(giPoint3coDynArr const & points, doublecoDynArr const & radii, int inside,
                                              giPoint3 const & start_point, giVector3 const & start_axis,
                                              giPoint3 & centre, giVector3 & axis, double & major, double & minor,
