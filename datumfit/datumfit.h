@@ -2,6 +2,11 @@
 
 /// All of the library.
 
+#include <datumfit/align3d/plane_and_point.h>
+#include <datumfit/align3d/points_to_planes/interpolated_square_dists_sum_free.h>
+#include <datumfit/align3d/points_to_planes/points_to_planes.h>
+#include <datumfit/align3d/projected_point3.h>
+#include <datumfit/align3d/rps_data.h>
 #include <datumfit/curved/axis_rev/least_square_axis_rev.h>
 #include <datumfit/curved/cone/cone_guess_generator.h>
 #include <datumfit/curved/cone/cone_normal.h>
@@ -80,6 +85,8 @@
 #include <datumfit/foundation/maths/slice.h>
 #include <datumfit/foundation/maths/sym_eigen_vecs.h>
 #include <datumfit/foundation/maths/vector.h>
+#include <datumfit/foundation/surfaces/surf.h>
+#include <datumfit/foundation/surfaces/surf_point.h>
 #include <datumfit/foundation/surfaces/unit_vector_differentiator3.h>
 #include <datumfit/foundation/utilities/compare.h>
 #include <datumfit/foundation/utilities/math.h>

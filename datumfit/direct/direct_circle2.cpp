@@ -1,7 +1,7 @@
 #include <datumfit/direct/direct_circle2.h>
 
 #include <datumfit/direct/plane_moments.h>
-#include <datumfit/direct/point_pass.h>
+#include <datumfit/foundation/maths/point_pass.h>
 #include <datumfit/foundation/maths/singular_value_decomposition.h>
 #include <datumfit/foundation/maths/sym_eigen_vecs.h>
 #include <datumfit/primitives/point_sums.h>

@@ -1,6 +1,6 @@
 #include <datumfit/direct/plane_moments.h>
 
-#include <datumfit/direct/point_pass.h>
+#include <datumfit/foundation/maths/point_pass.h>
 
 #include <cmath>
 #include <limits>

@@ -1,6 +1,6 @@
 #include <datumfit/direct/sphere_fit.h>
 
-#include <datumfit/direct/point_pass.h>
+#include <datumfit/foundation/maths/point_pass.h>
 #include <datumfit/primitives/point_sums.h>
 
 #include <algorithm>
