@@ -36,6 +36,7 @@
 #include <datumfit/direct/direct_fit_status.h>
 #include <datumfit/direct/sphere_fit.h>
 #include <datumfit/extremal/circle_touching_three_circles.h>
+#include <datumfit/extremal/containment_cone.h>
 #include <datumfit/extremal/convex_hull.h>
 #include <datumfit/extremal/relative_position.h>
 #include <datumfit/extremal/simplest_closed_path.h>
