@@ -2,11 +2,21 @@
 
 /// All of the library.
 
+#include <datumfit/align3d/fit_point3.h>
+#include <datumfit/align3d/fit_point_projector3.h>
+#include <datumfit/align3d/locked_axis_type.h>
+#include <datumfit/align3d/object_for_fitting.h>
 #include <datumfit/align3d/plane_and_point.h>
 #include <datumfit/align3d/points_to_planes/interpolated_square_dists_sum_free.h>
 #include <datumfit/align3d/points_to_planes/points_to_planes.h>
+#include <datumfit/align3d/probed_point3.h>
 #include <datumfit/align3d/projected_point3.h>
+#include <datumfit/align3d/projector_for_fitting3.h>
 #include <datumfit/align3d/rps_data.h>
+#include <datumfit/align3d/surf_projector_for_fitting3.h>
+#include <datumfit/align3d/surface_bestfit.h>
+#include <datumfit/align3d/surface_for_fitting.h>
+#include <datumfit/align3d/surface_maxi_min_fit.h>
 #include <datumfit/curved/axis_rev/least_square_axis_rev.h>
 #include <datumfit/curved/cone/cone_guess_generator.h>
 #include <datumfit/curved/cone/cone_normal.h>

@@ -1,0 +1,3 @@
+#include <datumfit/align3d/fit_point3.h>
+
+sqFitPoint3::~sqFitPoint3() = default;
