@@ -2,6 +2,17 @@
 
 /// All of the library.
 
+#include <datumfit/align2d/chain_element2.h>
+#include <datumfit/align2d/chain_foot2.h>
+#include <datumfit/align2d/chain_projector2.h>
+#include <datumfit/align2d/curve_bestfit2.h>
+#include <datumfit/align2d/fit_point2.h>
+#include <datumfit/align2d/fit_point_projector2.h>
+#include <datumfit/align2d/line_and_point.h>
+#include <datumfit/align2d/points_to_lines.h>
+#include <datumfit/align2d/probed_point2.h>
+#include <datumfit/align2d/projected_point2.h>
+#include <datumfit/align2d/projector_for_fitting2.h>
 #include <datumfit/align3d/fit_point3.h>
 #include <datumfit/align3d/fit_point_projector3.h>
 #include <datumfit/align3d/locked_axis_type.h>

@@ -1,49 +1,20 @@
 #include <datumfit/align3d/cloud_extremes.h>
 #include <datumfit/align3d/points_to_planes/points_to_planes.h>
 #include <datumfit/align3d/surface_bestfit.h>
+#include <datumfit/foundation/maths/band_ends.h>
 #include <datumfit/foundation/maths/constrained_quadratic_minimiser.h>
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace {
 
+using datumfit::internal::band_ends;
 using datumfit::internal::cloud_extremes;
 using datumfit::internal::surface_alignment;
+using datumfit::internal::unbounded;
 
 constexpr int most_iterations = 50;
-constexpr double unbounded = std::numeric_limits<double>::max();
-
-// Walks through the ends of all bands in the order of their numbers.
-//
-// A new engine each time numbers only the ends that it is given: none of points without projection, and none that have
-// been given up. For each of those it is given, `ranks` tells its place among all ends that have not been given up,
-// which is what mlConstrainedQuadraticMinimiser::append_constraint_indices() expects.
-class band_walk {
-public:
-    band_walk(intcoDynArr const & given_up, intcoDynArr & ranks) : given_up_(given_up), ranks_(ranks) {}
-
-    // The ends of the next band as the engine has to see them, if it is to see the point at all.
-    double lower(double end, bool seen) { return end > -unbounded && is_kept(seen) ? end : -unbounded; }
-    double upper(double end, bool seen) { return end < unbounded && is_kept(seen) ? end : unbounded; }
-
-private:
-    bool is_kept(bool seen) {
-        int const number = number_++;
-        if (n_given_up_ < given_up_.size() && given_up_.read(n_given_up_) == number) {
-            ++n_given_up_;
-            return false;
-        }
-        if (seen) ranks_.append(number - n_given_up_);
-        return true;
-    }
-
-    intcoDynArr const & given_up_;  // ascending
-    intcoDynArr & ranks_;
-    int number_ = 0;      // of the next end
-    int n_given_up_ = 0;  // before it
-};
 
 }  // namespace
 
@@ -132,22 +103,26 @@ void sqSurfaceBestfit::normalize_weights() {
     for (int i = 0; i < n; ++i) weights_[i] *= factor;
 }
 
-// Gives the engine a record for each point that has a projection and a weight.
+// Gives the engine a record for each point that has a projection and a weight. A new engine each time numbers only the
+// ends that it is given: none of other points, and none that have been given up. For each of these, `ranks` tells its
+// place among all ends that have not been given up.
 void sqSurfaceBestfit::add_records(sqPointsToPlanes & engine, intcoDynArr & ranks) const {
     sqProjectedPoint3coDynArr const & cloud = get_pointcloud();
     giVector3 const & base = alignment_.base();
     engine.reserve_bestfit(cloud.size());
     ranks.reserve(2 * cloud.size());
-    band_walk bands(overdetermined_, ranks);
+    band_ends ends(overdetermined_);
     for (int i = 0; i < cloud.size(); ++i) {
         sqProjectedPoint3 const & p = cloud.read(i);
         double const weight = weights_[i];  // 0 when it was so small that its normalised value has no digit left
         bool const seen = !p.invalid() && weight != 0.0;
-        double const lower = bands.lower(lower_[i], seen), upper = bands.upper(upper_[i], seen);
-        if (seen) {
-            engine.add_bestfit(p.measured_point() - base, p.nominal_point() - base, p.nominal_normal(), lower, upper,
-                               weight);
-        }
+        bool const keeps_lower = ends.next_lower(lower_[i]);
+        if (keeps_lower && seen) ranks.append(ends.kept() - 1);
+        bool const keeps_upper = ends.next_upper(upper_[i]);
+        if (keeps_upper && seen) ranks.append(ends.kept() - 1);
+        if (!seen) continue;
+        engine.add_bestfit(p.measured_point() - base, p.nominal_point() - base, p.nominal_normal(),
+                           keeps_lower ? lower_[i] : -unbounded, keeps_upper ? upper_[i] : unbounded, weight);
     }
 }
 

@@ -1,39 +1,13 @@
 #include <datumfit/align3d/points_to_planes/points_to_planes.h>
+#include <datumfit/foundation/maths/band_ends.h>
 
 #include <algorithm>
-#include <limits>
 
 namespace {
 
-constexpr double unbounded = std::numeric_limits<double>::max();
+using datumfit::internal::band_ends;
+
 constexpr int most_orts = 3;
-
-// Walks through the finite ends of bands, which are numbered as they come, and tells those that have not been given up.
-class end_walk {
-public:
-    explicit end_walk(intcoDynArr const & given_up) : given_up_(given_up) {}
-
-    struct ends {
-        bool lower, upper;
-        int count() const { return lower + upper; }
-    };
-    ends next(sqPlaneAndPoint const & record) {
-        bool const lower = record.lower > -unbounded && is_kept();
-        bool const upper = record.upper < unbounded && is_kept();
-        return {lower, upper};
-    }
-
-private:
-    bool is_kept() {
-        bool const listed = listed_ < given_up_.size() && given_up_[listed_] == number_;
-        listed_ += listed;
-        ++number_;
-        return !listed;
-    }
-
-    intcoDynArr const & given_up_;
-    int listed_ = 0, number_ = 0;
-};
 
 // How the deviation of a record depends on the n unknowns of a step: first on shifts, then on what turns.
 struct band_row {
@@ -99,27 +73,30 @@ void sqPointsToPlanes::constraint_coefs(int n) {
         form.nominal_pivot = positioning_.read(0).plane_point;
     }
 
-    int rows = 0;
-    end_walk counting(overdetermined_);
-    for (int i = 0; i < bestfit_.size(); ++i) rows += counting.next(bestfit_.read(i)).count();
+    band_ends counting(overdetermined_);
+    for (int i = 0; i < bestfit_.size(); ++i) {
+        counting.next_lower(bestfit_.read(i).lower);
+        counting.next_upper(bestfit_.read(i).upper);
+    }
+    int const rows = counting.kept();
     constraint_matrix_.become(rows, n);
     constraint_values_.become(mlVectorDim, rows);
     constraint_priorities_.become(mlVectorDim, rows);
 
     int r = 0;
-    end_walk walk(overdetermined_);
+    band_ends ends(overdetermined_);
     for (int i = 0; i < bestfit_.size(); ++i) {
         sqPlaneAndPoint const & record = bestfit_.read(i);
-        end_walk::ends const kept = walk.next(record);
-        if (kept.count() == 0) continue;
+        bool const keeps_lower = ends.next_lower(record.lower), keeps_upper = ends.next_upper(record.upper);
+        if (!keeps_lower && !keeps_upper) continue;
         double * const row = constraint_matrix_.row_data(r);
         double const deviation = form.write(record, row);
-        if (kept.lower && kept.upper) std::copy_n(row, n, constraint_matrix_.row_data(r + 1));
-        if (kept.lower) {
+        if (keeps_lower && keeps_upper) std::copy_n(row, n, constraint_matrix_.row_data(r + 1));
+        if (keeps_lower) {
             constraint_values_[r] = record.lower - deviation;
             constraint_priorities_[r++] = record.weight;
         }
-        if (kept.upper) {
+        if (keeps_upper) {
             double * const upper = constraint_matrix_.row_data(r);
             std::transform(upper, upper + n, upper, [](double x) { return -x; });
             constraint_values_[r] = deviation - record.upper;

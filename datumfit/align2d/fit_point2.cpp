@@ -1,0 +1,3 @@
+#include <datumfit/align2d/fit_point2.h>
+
+sqFitPoint2::~sqFitPoint2() = default;
