@@ -107,8 +107,15 @@
 #include <datumfit/foundation/maths/slice.h>
 #include <datumfit/foundation/maths/sym_eigen_vecs.h>
 #include <datumfit/foundation/maths/vector.h>
+#include <datumfit/foundation/surfaces/cone_surf.h>
+#include <datumfit/foundation/surfaces/cylinder_surf.h>
+#include <datumfit/foundation/surfaces/mesh_surf.h>
+#include <datumfit/foundation/surfaces/plane_surf.h>
+#include <datumfit/foundation/surfaces/sphere_surf.h>
 #include <datumfit/foundation/surfaces/surf.h>
 #include <datumfit/foundation/surfaces/surf_point.h>
+#include <datumfit/foundation/surfaces/torus_surf.h>
+#include <datumfit/foundation/surfaces/triangle.h>
 #include <datumfit/foundation/surfaces/unit_vector_differentiator3.h>
 #include <datumfit/foundation/utilities/compare.h>
 #include <datumfit/foundation/utilities/math.h>
