@@ -31,3 +31,7 @@ echo
 echo 'All of examples/data that was published, with the values that were published for it:'
 show --published *line*.csv *plane*.csv *circle*.csv *bore*.csv *ellipse*.csv *sphere*.csv *cylinder*.csv *tube*.csv \
     *cone*.csv
+echo
+echo 'A measured part comes back to its nominal shape:'
+printf '\n$ align_part\n'
+"$programs/align_part"

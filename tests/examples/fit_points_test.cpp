@@ -1,5 +1,6 @@
+#include "examples/run_program.h"
+
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <cmath>
 #include <cstdio>
@@ -9,24 +10,12 @@
 
 namespace {
 
+using namespace datumfit::tests;
+
 std::string contents(std::string const & path) {
     std::ostringstream text;
     text << std::ifstream(path, std::ios::binary).rdbuf();
     return text.str();
-}
-
-struct Outcome {
-    int code;
-    std::string text;  // of both streams
-};
-
-Outcome run(std::string const & command) {
-    std::FILE * const pipe = popen((command + " 2>&1").c_str(), "r");
-    Outcome outcome{-1, ""};
-    char block[4096];
-    for (std::size_t n; (n = std::fread(block, 1, sizeof block, pipe)) > 0;) outcome.text.append(block, n);
-    outcome.code = WEXITSTATUS(pclose(pipe));
-    return outcome;
 }
 
 /// Runs fit_points on a file that holds the text.
