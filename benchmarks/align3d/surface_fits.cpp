@@ -1,4 +1,5 @@
 #include <benchmarks/support/time_fit.h>
+#include <benchmarks/support/wavy_rod.h>
 #include <datumfit/align3d/surf_projector_for_fitting3.h>
 #include <datumfit/align3d/surface_bestfit.h>
 #include <datumfit/align3d/surface_maxi_min_fit.h>
@@ -111,6 +112,30 @@ void BM_surface_bestfit_in_bands(benchmark::State & state) {
     time_bestfit(state, 1.2 * form);
 }
 BENCHMARK(BM_surface_bestfit_in_bands)->Apply(few_to_many);
+
+// To a mesh of 200,000 triangles, turned about its middle by some 0.01 radians and shifted by some 0.3.
+void BM_surface_bestfit_to_mesh(benchmark::State & state) {
+    triangles const t = make_triangles(200000);
+    sknMeshSurf const mesh(t.vertices, t.corners);
+    sqSurfProjectorForFitting3 const projector(mesh);
+    giPoint3 const middle(300.0, -200.0, 75.0);
+    giXform3 const moved(giXformProduct, giXform3(giXformTranslate, giVector3(0.2, -0.1, 0.15)),
+                         giXform3(giXformRotate, middle, giUnitVec3(1.0, 2.0, -1.5), giAngle(giAngleRadians, 0.01)));
+    sqSurfaceBestfit fit;
+    fit.set_projector(&projector);
+    int const n = n_points(state);
+    fit.reserve_points(n);
+    for (int i = 0; i < n; ++i) {
+        double const u = 2.4 * i, v = 0.05 + 0.9 * std::fmod(0.618 * i, 1.0), h = 1e-4;
+        giPoint3 const p = rod_with_waves(u, v);
+        giUnitVec3 const n_at((rod_with_waves(u + h, v) - p).cross(rod_with_waves(u, v + h) - p));
+        giVector3 const & normal = n_at;
+        fit.add_point(sqFitPoint3coPrf(new sqProbedPoint3(
+            moved * (p + (probe_radius + form * std::sin(7.0 * i)) * normal), moved * normal, probe_radius)));
+    }
+    time_whole_fit(state, fit);
+}
+BENCHMARK(BM_surface_bestfit_to_mesh)->Apply(few_to_many);
 
 void BM_surface_maxi_min_fit(benchmark::State & state) {
     Block const block;
