@@ -4,6 +4,8 @@
 #include <datumfit/foundation/geometry/unit_vec3.h>
 #include <datumfit/foundation/geometry/xform3.h>
 
+#include <cmath>
+
 namespace datumfit {
 namespace internal {
 
@@ -44,6 +46,9 @@ public:
     /// S, and its inverse.
     matrix3 const & stretch() const { return stretch_; }
     matrix3 const & unstretch() const { return unstretch_; }
+
+    /// The length of 1 in local coordinates.
+    double scale() const { return scale_; }
 
     /// The local coordinates of a point; false if it is invalid or has a coordinate beyond 2^100.
     bool to_local(giPoint3 const & p, double (&y)[3]) const {

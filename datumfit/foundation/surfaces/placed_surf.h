@@ -4,6 +4,9 @@
 #include <datumfit/foundation/surfaces/surf.h>
 #include <datumfit/foundation/surfaces/surf_feet.h>
 
+#include <cmath>
+#include <limits>
+
 namespace datumfit {
 namespace internal {
 
@@ -15,8 +18,14 @@ public:
     /// invalid surface has no feet and no normals, and stays so.
     int invalid() const { return placement_.invalid() ? 1 : 0; }
 
-    /// Appends all places where the distance is stationary, within the bounds, the nearest first and each once. status
-    /// is 1 also for a point that is invalid, not finite, or has a coordinate beyond 2^100.
+    /// Leaves feet out that are farther from the point than the nearest one by more than this length, in the unit of
+    /// the coordinates; whatever the surface is transformed by later. None are left out at first, nor after a negative
+    /// length or NaN. A host whose points may lie on the wrong side of the surface, as those of a part that is out of
+    /// place do, is better off without the far wall.
+    void set_reach(double length) { reach_ = length >= 0.0 ? length : std::numeric_limits<double>::infinity(); }
+
+    /// Appends all places where the distance is stationary, within the bounds and the reach, the nearest first and each
+    /// once. status is 1 also for a point that is invalid, not finite, or has a coordinate beyond 2^100.
     void project_point(giPoint3 const & point, sknSurfPointList & feet, int & status) const override {
         status = 1;
         double q[3];
@@ -24,8 +33,10 @@ public:
         surf_feet found(q);
         shape_.find_feet(placement_, q, placement_.rounding(point), found);
         int const before = feet.size();
+        double const limit = found.size() > 0 ? std::sqrt(found[0].square) + reach_ / placement_.scale() : 0.0;
         for (int i = 0; i < found.size(); ++i) {
             surf_feet::foot const & f = found[i];
+            if (std::sqrt(f.square) > limit) break;
             feet.append(sknSurfPoint{f.u, f.v, placement_.to_world(f.place)});
         }
         if (feet.size() > before) status = 0;
@@ -61,6 +72,7 @@ private:
 
     Shape shape_;
     affine_placement placement_;
+    double reach_ = std::numeric_limits<double>::infinity();
 };
 
 }  // namespace internal

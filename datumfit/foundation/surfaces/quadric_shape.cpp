@@ -20,19 +20,10 @@ void append(secular_equation::feet & found, double x, double y, double z) {
     place[2] = z;
 }
 
-}  // namespace
-
-// The axis of a cylinder stays one, to the last bit. For a cone the longer edges lead: as long as the two parts of its
-// quadratic form are of different size, the smaller one keeps its digits.
-bool quadric_shape::third_edge_leads(giVector3 const (&edges)[3]) const {
-    return kind_ == cylinder || (kind_ == cone && edges[2].dot(edges[2]) > edges[0].dot(edges[0]));
-}
-
-bool quadric_shape::settle(affine_placement & placement) {
-    if (!(low_ < high_)) return false;
-    // x = K y turns x . Q x into y . B y with B = K^T Q K, whose eigenvectors are the principal axes.
-    double const Q[] = {1.0, 1.0, kind_ == sphere ? 1.0 : kind_ == cylinder ? 0.0 : -1.0};
-    matrix3 const & K = placement.unstretch();
+// x = K y turns x² + y² + q z² into y . B y with B = K^T Q K, whose eigenvectors are the columns of E, by falling
+// eigenvalues b. False without memory, or if B is not finite.
+bool principal_axes(matrix3 const & K, double q, matrix3 & E, double (&b)[3]) {
+    double const Q[] = {1.0, 1.0, q};
     mlMatrix B(mlMatrixZero, 3, 3);
     if (B.rows() != 3) return false;
     for (int r = 0; r < 3; ++r) {
@@ -43,17 +34,33 @@ bool quadric_shape::settle(affine_placement & placement) {
     mlSymEigenVecs eigen(B);
     eigen.calculate();
     if (eigen.num_real_eigen_values() != 3) return false;
-    matrix3 E;
-    double b[3];
     for (int k = 0; k < 3; ++k) {
         b[k] = eigen.eigen_value(k);
         for (int r = 0; r < 3; ++r) E.rows[r][k] = eigen.eigen_vector(k)[r];
     }
+    return true;
+}
+
+}  // namespace
+
+// The axis of a cylinder stays one, to the last bit. For a cone the longer edges lead: as long as the two parts of its
+// quadratic form are of different size, the smaller one keeps its digits.
+bool quadric_shape::third_edge_leads(giVector3 const (&edges)[3]) const {
+    return kind_ == cylinder || (kind_ == cone && edges[2].dot(edges[2]) > edges[0].dot(edges[0]));
+}
+
+bool quadric_shape::settle(affine_placement & placement) {
+    if (!(low_ < high_)) return false;
+    matrix3 E;
+    double b[3];
+    double const third_square = kind_ == sphere ? 1.0 : kind_ == cylinder ? 0.0 : -1.0;
+    if (!principal_axes(placement.unstretch(), third_square, E, b)) return false;
+    bool const third_fits = kind_ == cylinder || (kind_ == sphere ? b[2] > 0.0 : b[2] < 0.0);
+    if (!(b[1] > 0.0 && third_fits)) return false;
     if (kind_ == cone) {
         b[0] /= -b[2];
         b[1] /= -b[2];
     }
-    if (!(b[1] > 0.0)) return false;
     placement.turn(E);
 
     double s[] = {1.0 / std::sqrt(b[0]), 1.0 / std::sqrt(b[1]), kind_ == sphere ? 1.0 / std::sqrt(b[2]) : 1.0};
