@@ -263,7 +263,7 @@ int sqContainmentCone::solve_slow_and_simple_for_utest(giUnitVec3 & axis, giAngl
     if (n == 2) exact_cone2(directions_[0], directions_[1], axis, angle);
     if (n <= 2) return status_;
 
-    cone best, fallback;
+    cone fallback;
     double least_worst = none;
     for (int i = 0; i < n; ++i) {
         for (int j = i + 1; j < n; ++j) {
@@ -275,15 +275,17 @@ int sqContainmentCone::solve_slow_and_simple_for_utest(giUnitVec3 & axis, giAngl
                     least_worst = worst;
                     fallback = candidate;
                 }
-                if (worst < slack && candidate.width() < best.width()) best = candidate;
+                if (worst < slack && candidate.width() < radians(angle)) {
+                    axis = candidate.axis;
+                    angle = candidate.angle;
+                }
             }
         }
     }
-    if (best.width() == full_turn) {
+    if (radians(angle) == full_turn) {
         if (least_worst > slack) status_ = 0;
-        best = fallback;
+        axis = fallback.axis;
+        angle = fallback.angle;
     }
-    axis = best.axis;
-    angle = best.angle;
     return status_;
 }
