@@ -35,3 +35,7 @@ echo
 echo 'A measured part comes back to its nominal shape:'
 printf '\n$ align_part\n'
 "$programs/align_part"
+echo
+echo 'A measured section gets its four circles, and a picture of them:'
+printf '\n$ roundness measured_roundness.csv\n'
+"$programs/roundness" measured_roundness.csv "$programs/roundness.svg"
