@@ -22,9 +22,9 @@ public:
     ///
     /// @param[out] axis   of the cone; untouched without directions
     /// @param[out] angle  its half angle; 0 for one direction, a full turn without any
-    /// @return 1; or 0, with the last cone accepted, when there is none: for opposite directions, for half angles
-    ///         within 1e-7 of a right angle and above, and where rounding leaves no cone about the support that holds
-    ///         it to 1e-7
+    /// @return 1; or 0, with the last cone accepted, when there is none: for opposite directions, for half angles of
+    ///         a right angle less 1e-7 and above, and where rounding leaves no cone about the support that holds it
+    ///         to 1e-7
     ///
     /// Directions within a chord of 0.00316 of a support direction are passed over: the cone may miss them by as much.
     /// The directions are left in another order.

@@ -23,13 +23,12 @@ public:
     /// @param radii   one a point, at least as many as points
     /// @param inside  true: the circle holds the discs, distance + radius i <= result radius;
     ///                false: it reaches the near side of each, distance - radius i <= result radius
-    /// @return without points an empty circle; where all points lie within 2^-23 of the first, that point with radius
-    /// 0,
-    ///         whatever the probe radii
+    /// @return without points an empty circle; where all points lie within 2^-23 of the first, that point with
+    ///         radius 0, whatever the probe radii
     ///
     /// Where discs overlap in one place and `inside` is false, a point there with radius 0 reaches them all. For equal
     /// radii the circle is that of the points, wider or narrower by the radius. Where one disc holds another one and
-    /// `inside` is true, the circle may cut the greater one.
+    /// `inside` is true, the circle may cut the greater one and be too small.
     static giCircle2 fit_smallest_enclosing_circle_probed(std::vector<giPoint2> const & points,
                                                           std::vector<double> const & radii, bool inside);
 
