@@ -18,6 +18,7 @@
 #include <datumfit/align3d/locked_axis_type.h>
 #include <datumfit/align3d/object_for_fitting.h>
 #include <datumfit/align3d/plane_and_point.h>
+#include <datumfit/align3d/points_to_planes/amoeba_points_to_planes_direct_shift.h>
 #include <datumfit/align3d/points_to_planes/interpolated_square_dists_sum_free.h>
 #include <datumfit/align3d/points_to_planes/points_to_planes.h>
 #include <datumfit/align3d/probed_point3.h>

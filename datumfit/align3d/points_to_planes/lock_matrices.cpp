@@ -1,14 +1,13 @@
 #include <datumfit/align3d/points_to_planes/points_to_planes.h>
+#include <datumfit/align3d/points_to_planes/rotation_about_origin.h>
 #include <datumfit/primitives/utils.h>
+
+using datumfit::internal::rotation_about_origin;
 
 namespace {
 
 // Directions whose sine is smaller are turned apart first: their product is a poor axis.
 constexpr double nearly_parallel = 0.01;
-
-giXform3 rotation_about_origin(giUnitVec3 const & axis, giAngle const & angle) {
-    return giXform3(giXformRotate, giPoint3(giOrigin), axis, angle);
-}
 
 giUnitVec3 orthogonal_to(giVector3 const & v) {
     giVector3 result;

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <datumfit/align3d/plane_and_point.h>
+#include <datumfit/align3d/points_to_planes/amoeba_points_to_planes_direct_shift.h>
+#include <datumfit/align3d/rps_data.h>
 #include <datumfit/foundation/geometry/workplane3.h>
 #include <datumfit/foundation/geometry/xform3.h>
 #include <datumfit/foundation/maths/matrix.h>
@@ -118,6 +120,67 @@ public:
     /// the counts differ, and all present data are then taken as further source data.
     void transform_rps_data(giXform3 const & x);
 
+    /// Searches all rotations for the transform of the best-fit, positioning and balance records with the least sum of
+    /// squares; see sqAmoebaPointsToPlanesDirectShift. Positioning records count a million times (weak ones as best-fit
+    /// ones do), so that they are met where they can be, and best-fit records decide on what is left. Where there are
+    /// bands, a second search minimises with them as penalties, from the result of the first or, without
+    /// multiple_guesses(), from the identity.
+    ///
+    /// The search starts at the same random rotations on every call, and ends when the result is within the tolerance,
+    /// leaves the located positioning points on the right sides of each other's planes, and turns no locked direction
+    /// round.
+    ///
+    /// @param[out] positioning_deviation  the largest deviation of a positioning record, or excess over a band if that
+    ///                                    is more; may be null, and is left as it is when there are no records
+    /// @return the largest deviation of the best-fit records, without bands also of the positioning ones; 0, and the
+    ///         identity, when there are no records
+    double fit(giXform3 & transform, double tolerance, double * positioning_deviation) const;
+
+    /// Makes the records of a global search: the positioning ones, with POSITIONING_WEIGHT in their normals, and unless
+    /// positioning_only the best-fit ones with their balance, of which entries are appended to pair_balance.
+    void data_for_downhill(sqPlaneAndPointcoDynArr & pairs, std::vector<std::pair<int, double>> & pair_balance,
+                           int positioning_only, int forget_located) const;
+
+    /// Minimises the function by a downhill simplex from random rotations. Of equally good results it prefers one that
+    /// keeps the located positioning points on their sides, and of those one that moves them least.
+    ///
+    /// Results are equally good when their deviations differ by 1e-5 at most, or both are small, or both are below
+    /// set_fit_dev_limit_for_ambiguity() while the points are left at very different distances.
+    ///
+    /// @param[out] positioning_deviation, solution  may be null; the solution holds the unknowns found
+    /// @return the largest deviation of all
+    double fit_pairs_downhill(sqAmoebaPointsToPlanesDirectShift & function, giXform3 & transform, double tolerance,
+                              double * positioning_deviation, mlVector * solution) const;
+
+    /// Tells whether the positioning records and the locks pin the part down: first by the number and the places of
+    /// different points, which must be three that are not on a line (with a locked direction two, not along it), then
+    /// by whether it falls back to one place from five random ones. With lock_rotations() the latter says nothing, as no
+    /// shift undoes a turn: such points then determine the part whatever their planes.
+    ///
+    /// @param keep_located    0: no point counts as located
+    /// @param[out] transform  one that meets the records; as it was when they contradict each other or there are none
+    POSITIONING_STATE test_positioning(int keep_located, giXform3 & transform) const;
+
+    /// Drops positioning records, the last ones first, until the others can be met, and takes back those that go with
+    /// them. What stays out is in no list any more. Multiple guesses are on afterwards, and the list of bands given up
+    /// is empty.
+    ///
+    /// @param[out] transform  one that meets the positioning records that are left; the identity when there are none
+    void fix_overdetermined_positioning(giXform3 & transform);
+
+    /// Moves reserve records, in their order, to the positioning ones unless they contradict these, until these
+    /// determine the transform.
+    ///
+    /// @param[out] transform  as test_positioning() writes it
+    /// @return 1 when they do, else 0
+    int fix_undetermined_positioning(giXform3 & transform);
+
+    /// Takes the last positioning record, with its source point, out of the engine; nothing happens without any.
+    void pop_back_rps(sqRPSData & record);
+
+    /// Puts it back.
+    void undo_pop_back_rps(sqRPSData const & record);
+
     /// The rotation about the origin that turns `from` onto `to`; of opposite directions, half a turn. The identity
     /// when either has no direction.
     static void find_lock_matrix(giVector3 from, giVector3 to, giXform3 & matrix);
@@ -197,6 +260,9 @@ public:
 protected:
     // Takes the present points and directions as source data, behind those there are.
     void append_source_data();
+
+    // The first measured and nominal locked direction, or nothing.
+    giVector3coDynArr locked_axis() const;
 
     // Makes the scale of the rotation unknowns the reciprocal of the root mean square of the lever arms.
     void set_rotation_scale(double square_sum_of_arms);
