@@ -25,6 +25,8 @@
 #include <datumfit/align3d/projected_point3.h>
 #include <datumfit/align3d/projector_for_fitting3.h>
 #include <datumfit/align3d/rps_data.h>
+#include <datumfit/align3d/rps_fitting.h>
+#include <datumfit/align3d/rps_fitting_status.h>
 #include <datumfit/align3d/surf_projector_for_fitting3.h>
 #include <datumfit/align3d/surface_bestfit.h>
 #include <datumfit/align3d/surface_for_fitting.h>

@@ -32,6 +32,9 @@ public:
     /// Projects the points, moved by x, into a cloud with a record for each. Without a projector all are invalid.
     void reproject(giXform3 const & x, sqProjectedPoint3coDynArr & cloud) const;
 
+    /// Lets the next projection be the points' initial one.
+    void project_initially() { initial_ = true; }
+
     /// Makes sure that there is a transform, at first the identity, and that the cloud belongs to it.
     void prepare();
 

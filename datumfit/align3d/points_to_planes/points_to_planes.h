@@ -97,6 +97,9 @@ public:
     /// Lets a linear step fail when bands contradict each other, where weights are equal, instead of giving up some.
     void disable_overdetermined_resolution() { no_overdetermined_resolution_ = 1; }
 
+    /// The positioning records as they stand, in the order in which they came: what repairs have left of them.
+    sqPlaneAndPointcoDynArr const & positioning() const { return positioning_; }
+
     /// 1 when there are positioning records or a locked direction, else 0.
     int have_constraints() const;
 
@@ -154,8 +157,8 @@ public:
 
     /// Tells whether the positioning records and the locks pin the part down: first by the number and the places of
     /// different points, which must be three that are not on a line (with a locked direction two, not along it), then
-    /// by whether it falls back to one place from five random ones. With lock_rotations() the latter says nothing, as no
-    /// shift undoes a turn: such points then determine the part whatever their planes.
+    /// by whether it falls back to one place from five random ones. With lock_rotations() the latter says nothing, as
+    /// no shift undoes a turn: such points then determine the part whatever their planes.
     ///
     /// @param keep_located    0: no point counts as located
     /// @param[out] transform  one that meets the records; as it was when they contradict each other or there are none
