@@ -133,6 +133,9 @@
 #include <datumfit/foundation/utilities/observer_ptr.h>
 #include <datumfit/foundation/utilities/optional_arg.h>
 #include <datumfit/foundation/utilities/tags.h>
+#include <datumfit/matching/affine_match_xform_type.h>
+#include <datumfit/matching/points_affine_match.h>
+#include <datumfit/matching/points_to_points.h>
 #include <datumfit/primitives/evaluator/least_square_evaluator.h>
 #include <datumfit/primitives/least_square_circle2.h>
 #include <datumfit/primitives/least_square_circle3.h>
