@@ -13,6 +13,7 @@
 #include <datumfit/align2d/probed_point2.h>
 #include <datumfit/align2d/projected_point2.h>
 #include <datumfit/align2d/projector_for_fitting2.h>
+#include <datumfit/align3d/bestfit_alignment_with_scale.h>
 #include <datumfit/align3d/fit_point3.h>
 #include <datumfit/align3d/fit_point_projector3.h>
 #include <datumfit/align3d/locked_axis_type.h>
