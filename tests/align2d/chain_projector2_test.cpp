@@ -85,11 +85,10 @@ TEST_P(ChainFeet, AreThoseThatSamplingFinds) {
             std::vector<giPoint2> const expected = sampled_feet(elements, p);
             sqChainFoot2coDynArr const feet = feet_of(chain, p);
             ASSERT_EQ(static_cast<int>(expected.size()), feet.size());
-            double last = 0.0;
             for (int k = 0; k < feet.size(); ++k) {
                 giVector2 const v = p - feet[k].place;
-                EXPECT_GE(v.length() + 1e-15 * at.size, last) << "not nearest first";
-                last = v.length();
+                double const before = k > 0 ? p.distance(feet[k - 1].place).value() : 0.0;
+                EXPECT_GE(v.length() + 1e-15 * at.size, before) << "not nearest first";
                 EXPECT_NEAR(0.0, feet[k].normal.cross(v), 8.0 * rounding_at(at) + 1e-14 * at.size);
                 double nearest = HUGE_VAL;
                 for (giPoint2 const & q : expected) nearest = std::min(nearest, q.distance(feet[k].place).value());
@@ -123,59 +122,49 @@ INSTANTIATE_TEST_SUITE_P(Placements, ChainFeet, testing::ValuesIn(placements),
 
 TEST(ChainFeet, AreOneAtAJointAndNoneAtASharpCorner) {
     // Two collinear segments, then a right angle; points right above the joints, in front of the corner and inside.
-    sqChainProjector2 const chain(giPoint2coDynArr{giPoint2(0.0, 0.0), giPoint2(1.0, 0.0), giPoint2(1.0, 0.0),
-                                                   giPoint2(3.0, 0.0), giPoint2(3.0, 2.0)},
-                                  0);
-    EXPECT_EQ(1, feet_of(chain, giPoint2(1.0, -1.0)).size());
-    EXPECT_EQ(0, feet_of(chain, giPoint2(4.0, -0.5)).size());
-    EXPECT_EQ(2, feet_of(chain, giPoint2(2.5, 1.0)).size());
-    EXPECT_EQ(1, feet_of(chain, giPoint2(0.0, -1.0)).size()) << "the ends belong to the chain";
-    EXPECT_EQ(0, feet_of(chain, giPoint2(-1e-6, -1.0)).size());
+    giPoint2 const o(giOrigin), joint(1.0, 0.0), corner(3.0, 0.0), last(3.0, 2.0);
+    sqChainProjector2 const chain(giPoint2coDynArr{o, joint, joint, corner, last}, 0);
+    double const cases[][3] = {{1.0, -1.0, 1}, {4.0, -0.5, 0}, {2.5, 1.0, 2}, {0.0, -1.0, 1}, {-1e-6, -1.0, 0}};
+    for (auto const & [x, y, count] : cases) EXPECT_EQ(count, feet_of(chain, giPoint2(x, y)).size()) << x;
     // The same corner, told to be smooth.
-    sqChainProjector2 const smooth(giPoint2coDynArr{giPoint2(0.0, 0.0), giPoint2(3.0, 0.0), giPoint2(3.0, 2.0)}, 0,
-                                   giAngle(giAngleDegrees, 91.0));
+    sqChainProjector2 const smooth(giPoint2coDynArr{o, corner, last}, 0, giAngle(giAngleDegrees, 91.0));
     sqChainFoot2coDynArr const feet = feet_of(smooth, giPoint2(4.0, -0.5));
     ASSERT_EQ(1, feet.size());
-    EXPECT_EQ(0.0, feet[0].place.distance(giPoint2(3.0, 0.0)));
+    EXPECT_EQ(0.0, feet[0].place.distance(corner));
     EXPECT_LT(feet[0].normal.dot(giVector2(1.0, -0.5)), 0.0);
 }
 
 TEST(ChainFeet, CrossTangentJointsOnBothSides) {
     // A half circle between two tangents, a hairpin; then a full circle, and one made of three arcs.
     giPoint2 const c(0.3, 0.7);
-    sqChainProjector2 const hairpin =
-        chain_of({sqChainElement2::segment(c + giVector2(-5.0, -2.0), c + giVector2(0.0, -2.0)),
-                  sqChainElement2::arc(c, 2.0, -0.5 * pi, pi),
-                  sqChainElement2::segment(c + giVector2(0.0, 2.0), c + giVector2(-5.0, 2.0))});
-    sqChainProjector2 const full = chain_of({sqChainElement2::arc(c, 2.0, 1.0, -7.0)});
-    sqChainProjector2 const thirds =
-        chain_of({sqChainElement2::arc(c, 2.0, -0.5 * pi, 2.0), sqChainElement2::arc(c, 2.0, 2.0 - 0.5 * pi, 1.1),
-                  sqChainElement2::arc(c, 2.0, 3.1 - 0.5 * pi, 2.0 * pi - 3.1)});
+    auto const segment = [&](double x1, double x2, double y) {
+        return sqChainElement2::segment(c + giVector2(x1, y), c + giVector2(x2, y));
+    };
+    auto const arc = [&](double from, double sweep) { return sqChainElement2::arc(c, 2.0, from - 0.5 * pi, sweep); };
+    sqChainProjector2 const hairpin = chain_of({segment(-5.0, 0.0, -2.0), arc(0.0, pi), segment(0.0, -5.0, 2.0)});
+    sqChainProjector2 const full = chain_of({arc(1.0, -7.0)});
+    sqChainProjector2 const thirds = chain_of({arc(0.0, 2.0), arc(2.0, 1.1), arc(3.1, 2.0 * pi - 3.1)});
     for (double const y : {0.5, 3.0, 7.0}) {
-        for (double const turn : {0.0, 2.0, 3.1, 1.0 + 0.5 * pi}) {
-            giVector2 const up(std::sin(turn) * y, -std::cos(turn) * y);
-            EXPECT_EQ(2, feet_of(full, c + up).size()) << y << ' ' << turn;
-            EXPECT_EQ(2, feet_of(thirds, c + up).size()) << y << ' ' << turn;
+        for (double const turn : {0.0, 2.0, 3.1, 1.0 + 0.5 * pi, 1.0}) {
+            giPoint2 const p = c + giVector2(std::sin(turn) * y, -std::cos(turn) * y);
+            EXPECT_EQ(2, feet_of(full, p).size()) << y << ' ' << turn;
+            EXPECT_EQ(2, feet_of(thirds, p).size()) << y << ' ' << turn;
         }
         // On the side of the tangents the top has two feet, the farther one on the arc, and on the other side none.
-        for (auto const & [x, count] :
-             {std::pair(0.0, 2), std::pair(-1e-15, 2), std::pair(-1.0, 3), std::pair(1e-15, 1)}) {
-            sqChainFoot2coDynArr const feet = feet_of(hairpin, c + giVector2(x, -y));
+        for (auto const & [x, count] : {std::pair(0.0, 2), {-1e-15, 2}, {-1.0, 3}, {1e-15, 1}}) {
+            giPoint2 const p = c + giVector2(x, -y);
+            sqChainFoot2coDynArr const feet = feet_of(hairpin, p);
             ASSERT_EQ(count, feet.size()) << y << ' ' << x;
-            EXPECT_NEAR(std::abs(2.0 - y), (c + giVector2(x, -y)).distance(feet[0].place), 1e-14);
-            if (count > 1) {
-                EXPECT_NEAR(2.0 + y, (c + giVector2(x, -y)).distance(feet[1].place), 1e-14);
+            for (int k = 0; k < std::min(count, 2); ++k) {
+                EXPECT_NEAR(k == 0 ? std::abs(2.0 - y) : 2.0 + y, p.distance(feet[k].place), 1e-14);
             }
         }
     }
     EXPECT_EQ(1, feet_of(full, c).size());
     // Of the arc about it, the middle stands for all places.
-    double nearest = HUGE_VAL;
     sqChainFoot2coDynArr const feet = feet_of(hairpin, c);
-    for (int k = 0; k < feet.size(); ++k) {
-        nearest = std::min(nearest, feet[k].place.distance(c + giVector2(2.0, 0.0)).value());
-    }
-    EXPECT_NEAR(0.0, nearest, 1e-15);
+    auto const is_middle = [&](sqChainFoot2 const & f) { return f.place.coincident(c + giVector2(2.0, 0.0), 1e-15); };
+    EXPECT_TRUE(std::any_of(feet.data(), feet.data() + feet.size(), is_middle));
 }
 
 sqProjectedPoint2 projected(sqChainProjector2 const & chain, sqProbedPoint2 const & point,
@@ -207,11 +196,10 @@ TEST(ChainProjection, ChoosesTheSideByTheApproximateNormal) {
 }
 
 TEST(ChainProjection, TurnsTheSideWithThePart) {
-    giPoint2coDynArr const line{giPoint2(-5.0, 0.0), giPoint2(5.0, 0.0)};
-    sqChainProjector2 const chain(line, 0);
+    sqChainProjector2 const chain(giPoint2coDynArr{giPoint2(-5.0, 0.0), giPoint2(5.0, 0.0)}, 0);
     giXform2 const half_turn = motion(giPoint2(1e3, 2e3), pi, giVector2(-2e3, -4e3));
-    sqProjectedPoint2 const p =
-        projected(chain, sqProbedPoint2(giPoint2(1.0, 2.0), giUnitVec2(0.0, 1.0), 0.5), half_turn);
+    sqProbedPoint2 const point(giPoint2(1.0, 2.0), giUnitVec2(0.0, 1.0), 0.5);
+    sqProjectedPoint2 const p = projected(chain, point, half_turn);
     EXPECT_NEAR(-2.0, p.measured_point().y(), 1e-12);
     EXPECT_NEAR(-0.5, p.nominal_point().y(), 1e-12);
     EXPECT_NEAR(1.5, p.signed_distance(), 1e-12);
@@ -219,42 +207,41 @@ TEST(ChainProjection, TurnsTheSideWithThePart) {
 
 TEST(ChainProjection, IsInvalidForWhatIsNone) {
     double const nan = std::nan("");
-    sqChainProjector2 const chain(giPoint2coDynArr{giPoint2(0.0, 0.0), giPoint2(1.0, 0.0)}, 0);
-    for (sqProbedPoint2 const & point : {sqProbedPoint2(), sqProbedPoint2(giPoint2(nan, 0.0)),
-                                         sqProbedPoint2(giPoint2(0.5, 1.0), giUnitVec2(), HUGE_VAL)}) {
-        EXPECT_NE(0, projected(chain, point).invalid());
+    giPoint2 const o(giOrigin), end(1.0, 0.0);
+    sqChainProjector2 const chain(giPoint2coDynArr{o, end}, 0);
+    sqProbedPoint2 const good(giPoint2(0.5, 1.0)), unset, not_a_number(giPoint2(nan, 0.0)),
+        huge_radius(giPoint2(0.5, 1.0), giUnitVec2(), HUGE_VAL);
+    EXPECT_TRUE(!chain.invalid() && !projected(chain, good).invalid());
+    EXPECT_TRUE(projected(chain, good, giXform2()).invalid());
+    for (sqProbedPoint2 const & point : {unset, not_a_number, huge_radius}) {
+        EXPECT_TRUE(projected(chain, point).invalid());
     }
-    sqProbedPoint2 const good(giPoint2(0.5, 1.0));
-    EXPECT_EQ(0, projected(chain, good).invalid());
-    EXPECT_NE(0, projected(chain, good, giXform2()).invalid());
-    struct other_projector : sqFitPointProjector2 {};
-    for (sqFitPointProjector2 const * projector : {static_cast<sqFitPointProjector2 const *>(nullptr),
-                                                   static_cast<sqFitPointProjector2 const *>(new other_projector)}) {
-        sqProjectedPoint2 result(giPoint2(1.0, 1.0), giPoint2(1.0, 1.0), giUnitVec2(1.0, 0.0));
+    struct : sqFitPointProjector2 {
+    } const other;
+    for (bool const is_null : {true, false}) {
+        sqFitPointProjector2 const * const projector = is_null ? nullptr : &other;
+        sqProjectedPoint2 result(end, end, giUnitVec2(1.0, 0.0));
         good.initial_projection(result, projector);
-        EXPECT_NE(0, result.invalid());
-        delete projector;
+        EXPECT_TRUE(result.invalid());
     }
 
-    sqChainElement2 const segment = sqChainElement2::segment(giPoint2(0.0, 0.0), giPoint2(1.0, 0.0));
-    giPoint2 const o(giOrigin);
-    std::vector<std::vector<sqChainElement2>> const refused = {
-        {},
-        {segment, sqChainElement2()},
-        {sqChainElement2::arc(o, 0.0, 0.0, 1.0)},
-        {segment, sqChainElement2::arc(o, -1.0, 0.0, 1.0)},
-        {sqChainElement2::arc(o, 1.0, nan, 1.0)},
-        {sqChainElement2::arc(o, 1.0, 0.0, 0.0)},
-        {sqChainElement2::segment(o, o)},
-        {segment, sqChainElement2::segment(o, giPoint2(HUGE_VAL, 0.0))}};
+    auto const segment = [&](giPoint2 const & to) { return sqChainElement2::segment(o, to); };
+    auto const arc = [&](double radius, double from, double sweep) {
+        return sqChainElement2::arc(o, radius, from, sweep);
+    };
+    std::vector<std::vector<sqChainElement2>> const refused = {{},
+                                                               {segment(end), sqChainElement2()},
+                                                               {arc(0.0, 0.0, 1.0)},
+                                                               {segment(end), arc(-1.0, 0.0, 1.0)},
+                                                               {arc(1.0, nan, 1.0)},
+                                                               {arc(1.0, 0.0, 0.0)},
+                                                               {segment(o)},
+                                                               {segment(end), segment(giPoint2(HUGE_VAL, 0.0))}};
     for (std::vector<sqChainElement2> const & elements : refused) {
-        sqChainProjector2 const none = chain_of(elements);
-        EXPECT_TRUE(none.invalid());
-        EXPECT_NE(0, projected(none, good).invalid());
+        EXPECT_TRUE(chain_of(elements).invalid() && projected(chain_of(elements), good).invalid());
     }
     EXPECT_TRUE(sqChainProjector2(giPoint2coDynArr{o, o}, 1).invalid());
-    EXPECT_TRUE(sqChainProjector2(giPoint2coDynArr{o, giPoint2(1.0, 0.0), giPoint2()}, 0).invalid());
-    EXPECT_FALSE(chain.invalid());
+    EXPECT_TRUE(sqChainProjector2(giPoint2coDynArr{o, end, giPoint2()}, 0).invalid());
 }
 
 }  // namespace

@@ -33,18 +33,8 @@ inline double difference(giXform2 const & a, giXform2 const & b, giPoint2coDynAr
     return largest;
 }
 
-/// Expects that none of the motions makes a sum of squares lower, by more than its rounding.
-template <class Sum>
-void expect_minimum(Sum const & sum, std::vector<giXform2> const & motions) {
-    double const here = sum(giXform2(giXformIdentity));
-    for (giXform2 const & x : motions) EXPECT_GE(sum(x), here * (1.0 - 1e-13));
-}
-
-/// Four shifts along the axes, and two turns about a point.
-inline std::vector<giXform2> small_motions(giPoint2 const & about, double turn, double shift) {
-    giVector2 const none(0.0, 0.0), x(shift, 0.0), y(0.0, shift);
-    return {motion(about, 0.0, x),  motion(about, 0.0, -x),    motion(about, 0.0, y),
-            motion(about, 0.0, -y), motion(about, turn, none), motion(about, -turn, none)};
+inline std::vector<int> numbers_in(intcoDynArr const & list) {
+    return std::vector<int>(list.data(), list.data() + list.size());
 }
 
 }  // namespace align2d_tests

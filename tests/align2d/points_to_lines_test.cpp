@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <vector>
 
@@ -38,10 +37,6 @@ giPoint2coDynArr measured_of(std::vector<Pair> const & pairs) {
 }
 
 enum class Lock { none, origin, axis, both };
-char const * name_of(Lock lock) {
-    static constexpr std::array<char const *, 4> names = {"None", "Origin", "Axis", "Both"};
-    return names.at(static_cast<std::size_t>(lock));
-}
 
 giVector2 const axis_from(3.0, 4.0), axis_to(-1.0, 20.0);
 
@@ -86,19 +81,20 @@ sqPointsToLines engine_for(std::vector<Pair> const & pairs, Locked const & locke
 
 // The step by Gaussian elimination in extended precision, from how places move with each unknown.
 giXform2 expected_step(std::vector<Pair> const & pairs, Locked const & locked) {
-    using Real = long double;
     giXform2 const start = locked.start();
     std::size_t const n = locked.freedom(locked.to).size();
-    std::vector<std::vector<Real>> a(n, std::vector<Real>(n + 1, 0.0L));
+    long double a[3][4] = {};
     for (Pair const & p : pairs) {
         giPoint2 const m = start * p.measured;
-        giVector2 const d = p.line_point - m;
-        std::vector<giVector2> const f = locked.freedom(m);
-        auto const add = [&](giVector2 const & along, Real weight) {
-            auto const on = [&](giVector2 const & v) { return Real(v.x()) * along.x() + Real(v.y()) * along.y(); };
+        std::vector<giVector2> f = locked.freedom(m);
+        f.resize(3, giVector2(0.0, 0.0));
+        f.insert(f.begin() + static_cast<std::ptrdiff_t>(n), p.line_point - m);
+        auto const add = [&](giVector2 const & along, long double weight) {
+            auto const on = [&](giVector2 const & v) {
+                return static_cast<long double>(v.x()) * along.x() + static_cast<long double>(v.y()) * along.y();
+            };
             for (std::size_t j = 0; j < n; ++j) {
-                for (std::size_t k = 0; k < n; ++k) a[j][k] += weight * on(f[j]) * on(f[k]);
-                a[j][n] += weight * on(f[j]) * on(d);
+                for (std::size_t k = 0; k <= n; ++k) a[j][k] += weight * on(f[j]) * on(f[k]);
             }
         };
         add(p.normal, p.weight);
@@ -107,7 +103,7 @@ giXform2 expected_step(std::vector<Pair> const & pairs, Locked const & locked) {
     }
     for (std::size_t j = 0; j < n; ++j) {
         for (std::size_t i = 0; i < n; ++i) {
-            Real const factor = i == j ? 0.0L : a[i][j] / a[j][j];
+            long double const factor = i == j ? 0.0L : a[i][j] / a[j][j];
             for (std::size_t k = 0; k <= n; ++k) a[i][k] -= factor * a[j][k];
         }
     }
@@ -160,33 +156,7 @@ TEST_P(LineStep, ArrivesAtTheLockedPose) {
     }
 }
 
-TEST_P(LineStep, ArrivesAtTheLeastSquares) {
-    placement const at{"", 10.0, 4.0};
-    giPoint2 const centre = general_point2(at.offset);
-    std::vector<Pair> const pairs = pairs_at(at, 0.05);
-    Locked const locked(GetParam(), centre, at.size);
-    sqPointsToLines engine = engine_for(pairs, locked);
-    giXform2 found;
-    engine.fit(found, 1e-14);
-    // Also what holds the step definite is part of the minimum, as the points of the lines stay where they are.
-    auto const sum = [&](giXform2 const & x) {
-        double total = 0.0;
-        for (Pair const & p : pairs) {
-            giVector2 const d = product(x, found) * p.measured - p.line_point;
-            total += p.weight * (d.dot(p.normal) * d.dot(p.normal) + 0.01 * d.dot(d));
-        }
-        return total;
-    };
-    giVector2 const along = 1e-5 * axis_to.unit();
-    std::vector<giXform2> motions = small_motions(locked.to, 1e-5, 1e-5);
-    if (locked.lock == Lock::both) motions = {motion(centre, 0.0, along), motion(centre, 0.0, -along)};
-    if (locked.lock == Lock::origin) motions.erase(motions.begin(), motions.begin() + 4);
-    if (locked.lock == Lock::axis) motions.resize(4);
-    expect_minimum(sum, motions);
-}
-
-INSTANTIATE_TEST_SUITE_P(Locks, LineStep, testing::Values(Lock::none, Lock::origin, Lock::axis, Lock::both),
-                         [](auto const & lock) { return name_of(lock.param); });
+INSTANTIATE_TEST_SUITE_P(Locks, LineStep, testing::Values(Lock::none, Lock::origin, Lock::axis, Lock::both));
 
 // Points below y = 0 on a line along x, which they should lie on; their deviations are their heights.
 sqLineAndPoint height_record(double x, double y) {
@@ -200,24 +170,7 @@ std::vector<double> heights(sqPointsToLines const & engine, giXform2 const & x) 
 }
 
 std::vector<int> given_up(sqPointsToLines const & engine) {
-    intcoDynArr const & list = engine.overdetermined_constraints();
-    return std::vector<int>(list.data(), list.data() + list.size());
-}
-
-TEST(LineBands, BindWithoutMovingMoreThanTheyAsk) {
-    sqPointsToLines engine;
-    engine.add_bestfit(height_record(-1.0, 0.0), -unbounded, unbounded, 1.0);
-    engine.add_bestfit(height_record(1.0, 0.0), -unbounded, unbounded, 1.0);
-    engine.add_bestfit(height_record(3.0, 0.0), 0.25, 0.5, 1.0);
-    giXform2 step;
-    engine.single_linear_step(step);
-    EXPECT_NEAR(0.25, heights(engine, step)[2], 0.02);  // what the linearised turn leaves
-    giXform2 found;
-    engine.fit(found, 1e-14);
-    std::vector<double> const h = heights(engine, found);
-    EXPECT_NEAR(0.25, h[2], 1e-13);
-    EXPECT_LT(h[0], h[1]);
-    EXPECT_TRUE(given_up(engine).empty());
+    return numbers_in(engine.overdetermined_constraints());
 }
 
 TEST(LineBands, MoveASingleRecordIntoItsBand) {
@@ -296,8 +249,8 @@ TEST(PointsToLines, HasAnswersForNothingToFit) {
 TEST(PointsToLines, PinsWhatTheLinesLeaveOpen) {
     sqPointsToLines engine;
     for (double const x : {-1.0, 0.0, 1.0}) {
-        engine.add_bestfit(sqLineAndPoint(giPoint2(x, 0.0), giPoint2(x + 0.5, 0.0), giVector2(giAxisY)), -unbounded,
-                           unbounded, 2.0);
+        sqLineAndPoint const aside(giPoint2(x, 0.0), giPoint2(x + 0.5, 0.0), giVector2(giAxisY));
+        engine.add_bestfit(aside, -unbounded, unbounded, 2.0);
     }
     giXform2 found;
     EXPECT_EQ(0.0, engine.fit(found, 1e-9));
