@@ -1,6 +1,7 @@
 #include <datumfit/extremal/maximum_inscribed_circle.h>
 
 #include <datumfit/extremal/circle_fit_utils.h>
+#include <datumfit/extremal/finite_circle.h>
 #include <datumfit/extremal/mean_point.h>
 #include <datumfit/extremal/signed_radii.h>
 #include <datumfit/foundation/circles/circle2_constructor.h>
@@ -12,6 +13,7 @@
 
 namespace {
 
+using datumfit::internal::finite_circle;
 using datumfit::internal::length_of;
 using points2 = std::vector<giPoint2>;
 using numbers = std::vector<double>;
@@ -87,6 +89,7 @@ bool sqMaximumInscribedCircle::step_direction_inscribed(points2 const & points, 
                                                         giPoint2 const & centre, giUnitVec2 & direction,
                                                         std::size_t & first, std::size_t & second) {
     giUnitVec2 w, a, b;
+    if (near.empty()) return false;  // distances beyond all doubles
     if (!direction_between(centre, points[near[0].second], w)) return false;
     records around = {{no_turn, near[0].second}};  // by angles counterclockwise from the first near point
     for (std::size_t k = 1; k < near.size(); ++k) {
@@ -140,7 +143,7 @@ giCircle2 sqMaximumInscribedCircle::calculate_maximum_inscribed_circle(points2 c
         centre += step * direction;
         radius = distance(centre, points[first]);
     }
-    return giCircle2(centre, radius);
+    return finite_circle(centre, radius);
 }
 
 bool sqMaximumInscribedCircle::inscribed_probe_step(giPoint2 const & centre, giVector2 const & direction,
@@ -176,5 +179,5 @@ giCircle2 sqMaximumInscribedCircle::calculate_maximum_inscribed_circle_probed(po
         centre = moved;
         radius = length_of(distance(centre, points[first]) - signed_radii[first]);
     }
-    return giCircle2(centre, radius);
+    return finite_circle(centre, radius);
 }

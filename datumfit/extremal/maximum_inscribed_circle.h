@@ -13,7 +13,8 @@
 /// The centre walks away from the points nearest to it, through the widest gap between their directions, until another
 /// point is as near, and ends where no gap is as wide as half a turn. So the result is a local maximum of the distance
 /// to the nearest point. Where points leave a way out the walk follows it, and ends where no other point gets as near:
-/// the circle may then lie outside of the set. It takes at most as many steps as there are points.
+/// the circle may then lie outside of the set. It takes at most as many steps as there are points. Where
+/// distances leave the range of doubles the circle is empty.
 class sqMaximumInscribedCircle {
 public:
     /// @param start  its centre is where the walk begins, the mean of the points otherwise; not written to

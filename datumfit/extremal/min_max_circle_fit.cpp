@@ -1,5 +1,6 @@
 #include <datumfit/extremal/min_max_circle_fit.h>
 
+#include <datumfit/extremal/finite_circle.h>
 #include <datumfit/extremal/mean_point.h>
 #include <datumfit/extremal/probed_min_max_circle_function_n1.h>
 #include <datumfit/extremal/signed_radii.h>
@@ -77,6 +78,12 @@ struct far_arc {
     bool has_inside(double angle) const { return angle > low && high > angle; }
 };
 
+// Where distances leave the range of doubles.
+giCircle2 no_ring(double & zone) {
+    zone = 0.0;
+    return giCircle2();
+}
+
 giLength half_way(double nearest, double farthest) {
     return datumfit::internal::length_of((nearest + farthest) * 0.5);
 }
@@ -130,6 +137,7 @@ giCircle2 sqMinMaxCircleFit::fit(points2 const & points, double & zone) {
     double radius = 0.0;
     for (std::size_t left = most_steps_a_point * points.size(); left > 0; --left) {
         sqCircleFitUtils::calculate_distances(points, centre, far, near, {});
+        if (near.empty()) break;  // distances beyond all doubles
         double const width = far[0].first - near[0].first;
         if (zone < width) break;
         zone = width;
@@ -141,7 +149,9 @@ giCircle2 sqMinMaxCircleFit::fit(points2 const & points, double & zone) {
         if (!sqCircleFitUtils::step_distance(best, direction, points, near, step)) break;
         centre = best + step * direction;
     }
-    return giCircle2(best, radius);
+    giCircle2 const circle = datumfit::internal::finite_circle(best, radius);
+    if (zone == greatest || circle.centre().invalid()) return no_ring(zone);
+    return circle;
 }
 
 giCircle2 sqMinMaxCircleFit::fit_probed(points2 const & points, numbers const & radii, bool inside, double & zone) {
@@ -162,9 +172,12 @@ giCircle2 sqMinMaxCircleFit::fit_probed(points2 const & points, numbers const & 
     far.reserve(usual_records);
     near.reserve(usual_records);
     sqCircleFitUtils::calculate_distances(points, centre, far, near, signed_radii);
+    if (near.empty()) return no_ring(zone);
     double const nearest = near[0].first;
     // Distances all below -1 have no far record.
     double const farthest = far.empty() ? nearest + width.function(place) : far[0].first;
+    giCircle2 const circle = datumfit::internal::finite_circle(centre, half_way(nearest, farthest));
+    if (circle.centre().invalid()) return no_ring(zone);
     zone = farthest - nearest;
-    return giCircle2(centre, half_way(nearest, farthest));
+    return circle;
 }

@@ -15,8 +15,10 @@ public:
     ///
     /// The ring holds all points, but it is rarely the narrowest one: the walk lets go of a nearest point as soon as it
     /// has moved on. It reached the narrowest ring of none of 600 roundness profiles of 36 points; the median of its
-    /// rings was 8 to 21% wider, the worst 2.6 times as wide, and on arcs it hardly moves. fit_probed() with radii of 0
-    /// found the narrowest ring of all of them. Points nearer than 1.2e-6 to the centre end the walk.
+    /// rings was 8 to 21% wider, the worst 2.6 times as wide, and on arcs it hardly moves. Nor of any of 200 lobed
+    /// profiles of 24 to 360 points, by 1.6% in the median and 9% at worst. fit_probed() with radii of 0 found the
+    /// narrowest ring of all of them. Points nearer than 1.2e-6 to the centre end the walk. Where distances leave the
+    /// range of doubles the circle is empty and the zone 0, here and in fit_probed().
     static giCircle2 fit(std::vector<giPoint2> const & points, double & zone);
 
     /// The same for probe centres, from whose distances the radii are taken (`inside` false) or to which they are added

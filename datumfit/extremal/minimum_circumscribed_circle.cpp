@@ -10,6 +10,7 @@
 
 namespace {
 
+using datumfit::internal::greatest_plain_length;
 using datumfit::internal::length_of;
 using points2 = std::vector<giPoint2>;
 using numbers = std::vector<double>;
@@ -40,6 +41,20 @@ std::size_t first_outside(giCircle2 const & circle, points2 const & points, std:
         if (outside(circle, points[i])) return i;
     }
     return end;
+}
+
+// The points as seen from the first one: a circle through three points that lie close together far from the origin
+// loses no digits to the distance. Points from which that would take a mark, or leave the range of doubles, stay as
+// they are.
+points2 seen_from_first(points2 const & points) {
+    points2 seen(points.size());
+    double const x = points[0].x(), y = points[0].y();
+    bool is_plain = true;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        is_plain &= std::abs(points[i].x()) < greatest_plain_length && std::abs(points[i].y()) < greatest_plain_length;
+        seen[i] = giPoint2(points[i].x() - x, points[i].y() - y);
+    }
+    return is_plain ? seen : points;
 }
 
 double signed_radius(double radius, bool inside) {
@@ -82,11 +97,12 @@ giCircle2 sqMinimumCircumscribedCircle::fit_smallest_enclosing_circle(points2 co
     std::size_t const n = points.size();
     if (n == 0) return giCircle2();
     if (n == 1) return giCircle2(points[0], 0.0);
-    giCircle2 circle = fit_two_point_circle(points[0], points[1]);
-    for (std::size_t i = 2; (i = first_outside(circle, points, i, n)) < n; ++i) {
-        circle = smallest_circle_with_one_point(points, i);
+    points2 const seen = seen_from_first(points);
+    giCircle2 circle = fit_two_point_circle(seen[0], seen[1]);
+    for (std::size_t i = 2; (i = first_outside(circle, seen, i, n)) < n; ++i) {
+        circle = smallest_circle_with_one_point(seen, i);
     }
-    return circle;
+    return giCircle2(circle.centre() + (points[0] - seen[0]), circle.radius());
 }
 
 giCircle2 sqMinimumCircumscribedCircle::smallest_circle_with_one_point(points2 const & points, std::size_t q) {

@@ -1,3 +1,4 @@
+#include "extremal/round_parts.h"
 #include "support/shapes.h"
 
 #include <datumfit/extremal/maximum_inscribed_circle.h>
@@ -106,12 +107,22 @@ TEST(InscribedCircle, WalksFromTheStart) {
     EXPECT_EQ(3.0, inscribed({{0.1, 0.0}, {2.0, 0.0}}, {0.5, 0.5}, true, from).radius()) << "a walk that cannot begin";
 }
 
+TEST(InscribedCircle, OfMeasuredParts) {
+    for (auto const & part : {train_axle(), round_of_24()}) {
+        for (giCircle2 const & c : {inscribed(part.points), inscribed(part.points, numbers(39, 0.0), true)}) {
+            EXPECT_NEAR(0.0, distance(part.inscribed_centre, c.centre()), 1e-12);
+            EXPECT_NEAR(part.inscribed_radius, c.radius(), 1e-12);
+        }
+    }
+}
+
 TEST(InscribedCircle, OfFewPoints) {
     EXPECT_TRUE(inscribed({}).centre().invalid() && inscribed({}, {}, true).centre().invalid());
     giCircle2 start(giPoint2(1.0, 2.0), 3.0), unset;
     EXPECT_TRUE(inscribed({}, start).radius() == 3.0 && inscribed({}, {}, false, start).centre().y() == 2.0);
     giPoint2 const p(4.0, 5.0);
     EXPECT_TRUE(inscribed({p, {5.0, 6.0}}, unset).centre().invalid());
+    EXPECT_TRUE(inscribed({{1.7e308, 0.0}, {1.7e308, 1.0}}).centre().invalid());
     EXPECT_TRUE(inscribed({p}).radius() == 0.0 && inscribed({p}).centre().x() == 4.0);
     EXPECT_EQ(5.0, inscribed({p}, {5.0}, true).radius());
     EXPECT_EQ(0.0, inscribed({p}, {5.0}, false).radius()) << "the centre is within the disc";

@@ -1,3 +1,4 @@
+#include "extremal/round_parts.h"
 #include "support/shapes.h"
 
 #include <datumfit/extremal/min_max_circle_fit.h>
@@ -30,10 +31,16 @@ TEST(CircleFitUtils, ListsTheFarthestAndTheNearest) {
     EXPECT_EQ(near.size(), 1u);
     EXPECT_EQ(near[0].second, 8u);
 
+    // Squares of distances beyond doubles, and of a point in the centre.
+    sqCircleFitUtils::calculate_distances({{0.0, 5e200}, {0.0, 0.0}, {1e-200, 0.0}, {1.0, 0.0}}, giPoint2(0.0, 0.0),
+                                          far, near, {});
+    EXPECT_EQ(far, (records{{5e200, 0}}));
+    EXPECT_EQ(near, (records{{0.0, 1}, {1e-200, 2}}));
+
     // Distances below -1 are never far, and leave the list.
     numbers const large(points.size(), 100.0);
     sqCircleFitUtils::calculate_distances(points, giPoint2(0.0, 0.0), far, near, large);
-    EXPECT_EQ(far, (records{{6.0, 1}}));
+    EXPECT_EQ(far, (records{{5e200, 0}}));
     EXPECT_EQ(near[0].second, 8u);
 }
 
@@ -137,6 +144,19 @@ TEST(MinMaxCircle, WalksFromTheMeanToTheFirstTies) {
     EXPECT_NEAR(0.5 * (std::sqrt(29.0) + 3.5), c.radius(), 1e-14);
 }
 
+TEST(MinMaxCircle, OfMeasuredParts) {
+    // The walk stops short of both of the narrowest rings, at the second position and at the mean.
+    double zone = 0.0;
+    for (auto const & part : {train_axle(), round_of_24()}) {
+        giCircle2 const c = sqMinMaxCircleFit::fit_probed(part.points, numbers(part.points.size(), 0.0), false, zone);
+        EXPECT_NEAR(part.zone, zone, 1e-12);
+        EXPECT_NEAR(part.outer_radius, c.radius() + 0.5 * zone, 1e-9);
+        EXPECT_NEAR(0.0, distance(part.ring_centre, c.centre()), 1e-9);
+        sqMinMaxCircleFit::fit(part.points, zone);
+        EXPECT_NEAR(part.walked_zone, zone, 1e-13);
+    }
+}
+
 TEST(MinMaxCircle, OfFewPoints) {
     double zone = 7.0;
     EXPECT_TRUE(sqMinMaxCircleFit::fit({}, zone).centre().invalid() && zone == 0.0);
@@ -147,6 +167,9 @@ TEST(MinMaxCircle, OfFewPoints) {
     EXPECT_TRUE(sqMinMaxCircleFit::fit({p, p, p}, zone).radius() == 0.0 && zone == 0.0);
     giCircle2 const pair = sqMinMaxCircleFit::fit({p, q}, zone);
     EXPECT_TRUE(pair.radius() == 5.0 && pair.centre().x() == 6.0 && zone == 0.0);
+    points2 const beyond = {{1.7e308, 0.0}, {-1.7e308, 1.0}, {0.0, 1.7e308}, {9.0, -1.7e308}};
+    EXPECT_TRUE(sqMinMaxCircleFit::fit(beyond, zone).centre().invalid() && zone == 0.0);
+    EXPECT_TRUE(sqMinMaxCircleFit::fit_probed(beyond, numbers(4, 1.7e308), true, zone).centre().invalid());
 }
 
 TEST(ProbedMinMaxCircle, TakesTheRadiiFromTheirSide) {
