@@ -24,11 +24,24 @@ bool outside(giCircle2 const & circle, giPoint2 const & p) {
     return distance(circle.centre(), p) > circle.radius();
 }
 
+// Where circles are laid: at the first point, so that one through points that lie close together far from the origin of
+// the coordinates loses no digits to the distance.
+giVector2 origin_of(points2 const & points) {
+    double const x = points[0].x(), y = points[0].y();
+    bool const is_plain = std::abs(x) < greatest_plain_length && std::abs(y) < greatest_plain_length;
+    return is_plain ? giVector2(x, y) : giVector2(0.0, 0.0);
+}
+
+giPoint2 seen_from(giVector2 const & origin, giPoint2 const & p) {
+    return giPoint2(p.x() - origin.x(), p.y() - origin.y());
+}
+
 // The first of the points from i on that is outside, or `end`.
-std::size_t first_outside(giCircle2 const & circle, points2 const & points, std::size_t i, std::size_t end) {
+std::size_t first_outside(giCircle2 const & circle, points2 const & points, giVector2 const & origin, std::size_t i,
+                          std::size_t end) {
     using namespace datumfit::internal;
     giPoint2 const & centre = circle.centre();
-    plain_circle const plain{centre.x(), centre.y(), circle.radius().squared()};
+    plain_circle const plain{origin.x(), origin.y(), centre.x(), centre.y(), circle.radius().squared()};
     // Points so near to the centre that their squares vanish are inside of any circle that isn't as small itself.
     bool const is_plain = plain.square_of_radius >= least_plain_square && plain.square_of_radius < not_set &&
                           std::abs(plain.x) + std::abs(plain.y) < not_set;
@@ -38,23 +51,9 @@ std::size_t first_outside(giCircle2 const & circle, points2 const & points, std:
             i = has_wide_lanes() ? skip_held_wide(p, i, end, plain) : skip_held<vector_of_2>(p, i, end, plain);
             if (i == end || plain.square_of_distance(p + 2 * i) < not_set) return i;
         }
-        if (outside(circle, points[i])) return i;
+        if (outside(circle, seen_from(origin, points[i]))) return i;
     }
     return end;
-}
-
-// The points as seen from the first one: a circle through three points that lie close together far from the origin
-// loses no digits to the distance. Points from which that would take a mark, or leave the range of doubles, stay as
-// they are.
-points2 seen_from_first(points2 const & points) {
-    points2 seen(points.size());
-    double const x = points[0].x(), y = points[0].y();
-    bool is_plain = true;
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        is_plain &= std::abs(points[i].x()) < greatest_plain_length && std::abs(points[i].y()) < greatest_plain_length;
-        seen[i] = giPoint2(points[i].x() - x, points[i].y() - y);
-    }
-    return is_plain ? seen : points;
 }
 
 double signed_radius(double radius, bool inside) {
@@ -97,28 +96,32 @@ giCircle2 sqMinimumCircumscribedCircle::fit_smallest_enclosing_circle(points2 co
     std::size_t const n = points.size();
     if (n == 0) return giCircle2();
     if (n == 1) return giCircle2(points[0], 0.0);
-    points2 const seen = seen_from_first(points);
-    giCircle2 circle = fit_two_point_circle(seen[0], seen[1]);
-    for (std::size_t i = 2; (i = first_outside(circle, seen, i, n)) < n; ++i) {
-        circle = smallest_circle_with_one_point(seen, i);
+    giVector2 const origin = origin_of(points);
+    giCircle2 circle = fit_two_point_circle(seen_from(origin, points[0]), seen_from(origin, points[1]));
+    for (std::size_t i = 2; (i = first_outside(circle, points, origin, i, n)) < n; ++i) {
+        circle = smallest_circle_with_one_point(points, origin, i);
     }
-    return giCircle2(circle.centre() + (points[0] - seen[0]), circle.radius());
+    return giCircle2(circle.centre() + origin, circle.radius());
 }
 
-giCircle2 sqMinimumCircumscribedCircle::smallest_circle_with_one_point(points2 const & points, std::size_t q) {
-    giCircle2 circle = fit_two_point_circle(points[0], points[q]);
-    for (std::size_t j = 1; (j = first_outside(circle, points, j, q)) < q; ++j) {
-        if (!coincident(points[j], points[q], same_point)) circle = smallest_circle_with_two_points(points, j, q);
+giCircle2 sqMinimumCircumscribedCircle::smallest_circle_with_one_point(points2 const & points, giVector2 const & origin,
+                                                                       std::size_t q) {
+    giPoint2 const a = seen_from(origin, points[q]);
+    giCircle2 circle = fit_two_point_circle(seen_from(origin, points[0]), a);
+    for (std::size_t j = 1; (j = first_outside(circle, points, origin, j, q)) < q; ++j) {
+        giPoint2 const b = seen_from(origin, points[j]);
+        if (!coincident(b, a, same_point)) circle = smallest_circle_with_two_points(points, origin, j, q);
     }
     return circle;
 }
 
-giCircle2 sqMinimumCircumscribedCircle::smallest_circle_with_two_points(points2 const & points, std::size_t j,
+giCircle2 sqMinimumCircumscribedCircle::smallest_circle_with_two_points(points2 const & points,
+                                                                        giVector2 const & origin, std::size_t j,
                                                                         std::size_t q) {
-    giPoint2 const &a = points[j], &b = points[q];
+    giPoint2 const a = seen_from(origin, points[j]), b = seen_from(origin, points[q]);
     giCircle2 circle = fit_two_point_circle(a, b);
-    for (std::size_t k = 0; (k = first_outside(circle, points, k, j)) < j; ++k) {
-        giPoint2 const & p = points[k];
+    for (std::size_t k = 0; (k = first_outside(circle, points, origin, k, j)) < j; ++k) {
+        giPoint2 const p = seen_from(origin, points[k]);
         if (!coincident(p, a, same_point) && !coincident(p, b, same_point)) circle.become(p, a, b);
     }
     return circle;

@@ -34,9 +34,11 @@ public:
 
 private:
     static giCircle2 fit_two_point_circle(giPoint2 const & a, giPoint2 const & b);
-    static giCircle2 smallest_circle_with_one_point(std::vector<giPoint2> const & points, std::size_t q);
-    static giCircle2 smallest_circle_with_two_points(std::vector<giPoint2> const & points, std::size_t j,
-                                                     std::size_t q);
+    // Circles as seen from the origin.
+    static giCircle2 smallest_circle_with_one_point(std::vector<giPoint2> const & points, giVector2 const & origin,
+                                                    std::size_t q);
+    static giCircle2 smallest_circle_with_two_points(std::vector<giPoint2> const & points, giVector2 const & origin,
+                                                     std::size_t j, std::size_t q);
     static giCircle2 smallest_circle_with_one_point_probed(std::vector<giPoint2> const & points,
                                                            std::vector<double> const & radii, bool inside,
                                                            std::size_t q);

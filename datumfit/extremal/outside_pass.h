@@ -14,13 +14,13 @@
 namespace datumfit {
 namespace internal {
 
-/// A circle whose squares of distances are plain numbers.
+/// A circle whose squares of distances are plain numbers, its centre as seen from an origin.
 struct plain_circle {
-    double x, y, square_of_radius;
+    double origin_x, origin_y, x, y, square_of_radius;
 
-    /// Formed as giPoint2::distance() forms it.
+    /// Formed as giPoint2::distance() forms it, for the point as seen from the origin.
     DATUMFIT_INLINE double square_of_distance(double const * p) const {
-        double const dx = p[0] - x, dy = p[1] - y;
+        double const dx = (p[0] - origin_x) - x, dy = (p[1] - origin_y) - y;
         return dx * dx + dy * dy;
     }
 };
@@ -30,8 +30,9 @@ struct plain_circle {
 template <class V>
 DATUMFIT_INLINE std::size_t skip_held(double const * p, std::size_t i, std::size_t end, plain_circle const & circle) {
     constexpr std::size_t width = sizeof(V) / sizeof(double), at_once = 8, parts = at_once / width;
-    V centre, bound;
+    V origin, centre, bound;
     for (std::size_t l = 0; l < width; ++l) {
+        origin[l] = l % 2 == 0 ? circle.origin_x : circle.origin_y;
         centre[l] = l % 2 == 0 ? circle.x : circle.y;
         bound[l] = circle.square_of_radius;
     }
@@ -41,6 +42,8 @@ DATUMFIT_INLINE std::size_t skip_held(double const * p, std::size_t i, std::size
             V a, b;  // x and y in turn of half of the points, and of the other half
             std::memcpy(&a, p + 2 * i + 2 * k * width, sizeof a);
             std::memcpy(&b, p + 2 * i + 2 * k * width + width, sizeof b);
+            a -= origin;
+            b -= origin;
             a -= centre;
             b -= centre;
             a *= a;
