@@ -36,6 +36,10 @@ echo 'A measured part comes back to its nominal shape:'
 printf '\n$ align_part\n'
 "$programs/align_part"
 echo
+echo 'A part that lies anywhere comes home by its reference points:'
+printf '\n$ reference_points\n'
+"$programs/reference_points"
+echo
 echo 'A measured section gets its four circles, and a picture of them:'
 printf '\n$ roundness measured_roundness.csv\n'
 "$programs/roundness" measured_roundness.csv "$programs/roundness.svg"

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdio>
 #include <random>
@@ -49,24 +50,28 @@ private:
     std::mt19937 engine_{1};
 };
 
-sknMeshSurf block() {
-    giPoint3coDynArr corners(8, 1);
+giPoint3coDynArr corners() {
+    giPoint3coDynArr result(8, 1);
     for (int i = 0; i < 8; ++i) {
-        corners.append(giPoint3(i & 1 ? half_sizes[0] : -half_sizes[0], i & 2 ? half_sizes[1] : -half_sizes[1],
-                                i & 4 ? half_sizes[2] : -half_sizes[2]));
+        result.append(giPoint3(i & 1 ? half_sizes[0] : -half_sizes[0], i & 2 ? half_sizes[1] : -half_sizes[1],
+                               i & 4 ? half_sizes[2] : -half_sizes[2]));
     }
-    return sknMeshSurf(corners, {{0, 2, 3},
-                                 {0, 3, 1},
-                                 {4, 5, 7},
-                                 {4, 7, 6},
-                                 {0, 1, 5},
-                                 {0, 5, 4},
-                                 {2, 6, 7},
-                                 {2, 7, 3},
-                                 {0, 4, 6},
-                                 {0, 6, 2},
-                                 {1, 3, 7},
-                                 {1, 7, 5}});
+    return result;
+}
+
+sknMeshSurf block() {
+    return sknMeshSurf(corners(), {{0, 2, 3},
+                                   {0, 3, 1},
+                                   {4, 5, 7},
+                                   {4, 7, 6},
+                                   {0, 1, 5},
+                                   {0, 5, 4},
+                                   {2, 6, 7},
+                                   {2, 7, 3},
+                                   {0, 4, 6},
+                                   {0, 6, 2},
+                                   {1, 3, 7},
+                                   {1, 7, 5}});
 }
 
 struct Reading {
@@ -101,9 +106,9 @@ void add(sqRPSFitting & fit, ReferencePoint const & point, giXform3 const & pose
 /// The largest distance of a corner of the part from where it belongs.
 double off_by(giXform3 const & x, giXform3 const & pose) {
     double largest = 0.0;
-    for (int i = 0; i < 8; ++i) {
-        giPoint3 const corner(i & 1 ? 60.0 : -60.0, i & 2 ? 50.0 : -50.0, i & 4 ? 20.0 : -20.0);
-        largest = std::max(largest, corner.distance(x * (pose * corner)).value());
+    giPoint3coDynArr const nominal = corners();
+    for (int i = 0; i < nominal.size(); ++i) {
+        largest = std::max(largest, nominal[i].distance(x * (pose * nominal[i])).value());
     }
     return largest;
 }
@@ -147,28 +152,29 @@ Result align(sqFitPointProjector3 const & projector, giXform3 const & pose, std:
     return result;
 }
 
-/// Adds a point of the base that is 0.3 mm off, finds the contradiction and drops what causes it.
+/// Adds a point of the base that lies too high, finds the contradiction and drops what causes it.
 void repair(giXform3 const & pose) {
+    double const too_high = 0.3;
     std::vector<ReferencePoint> points(reference_points.begin(), reference_points.end());
-    points.insert(points.begin() + 4, {"A4", {40.0, 35.0, -19.7}, giAxisZ});
+    points.insert(points.begin() + 4, {"A4", {40.0, 35.0, -20.0}, giAxisZ});
     sqPointsToPlanes engine;
-    for (ReferencePoint const & point : points) {
-        giPoint3 const on_base(point.place.x(), point.place.y(), std::min(point.place.z(), 0.0));
-        bool const is_wrong = point.name[1] == '4';
-        giPoint3 const told = is_wrong ? giPoint3(point.place.x(), point.place.y(), -20.0) : point.place;
-        engine.add_positioning(pose * point.place, told, point.normal, 1);
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        ReferencePoint const & r = points[i];
+        giPoint3 const measured = r.place + (i == 4 ? too_high : 0.0) * r.normal;
+        engine.add_positioning(pose * measured, r.place, r.normal, 1);
     }
     char const * const states[] = {"under-determined", "determined", "over-determined"};
     giXform3 x;
-    std::printf("\nWith a point A4 on the base, %.1f mm too high, the system is %s", 0.3,
+    std::printf("\nWith a point A4 on the base, %.1f mm too high, the system is %s", too_high,
                 states[engine.test_positioning(1, x)]);
     engine.fix_overdetermined_positioning(x);
     std::printf(", and without");
-    for (ReferencePoint const & point : points) {
-        bool const stayed =
-            std::any_of(engine.positioning().data(), engine.positioning().data() + engine.positioning().size(),
-                        [&](sqPlaneAndPoint const & r) { return r.point.distance(pose * point.place).is_zero(1e-9); });
-        if (!stayed) std::printf(" %s", point.name);
+    sqPlaneAndPointcoDynArr const & left = engine.positioning();
+    for (ReferencePoint const & r : points) {
+        bool const stayed = std::any_of(left.data(), left.data() + left.size(), [&](sqPlaneAndPoint const & record) {
+            return record.plane_point.distance(r.place) == 0.0;
+        });
+        if (!stayed) std::printf(" %s", r.name);
     }
     std::printf(", which stays out, %s:\n  the part is then %.1e mm from its place\n",
                 states[engine.test_positioning(1, x)], off_by(x, pose));
