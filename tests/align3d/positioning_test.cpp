@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace {
 
 using namespace align3d_tests;
@@ -13,7 +15,7 @@ struct record {
 };
 
 giVector3 const x_dir(giAxisX), y_dir(giAxisY), z_dir(giAxisZ);
-giPoint3 const a(0, 0, 0), b(50, 5, 0), c(10, 40, 3), between(25, 2.5, 0);
+giPoint3 const a(0, 0, 0), b(50, 5, 0), c(10, 40, 3);
 giXform3 const pose =
     giXform3(giXformTranslate, giVector3(70, -20, 35))
         .postmultiply(giXform3(giXformRotate, c, giUnitVec3(1, -2, 0.5), giAngle(giAngleDegrees, 130)));
@@ -25,52 +27,119 @@ void add(engine_host & e, std::vector<record> const & records) {
 // The classical pattern of three, two and one point.
 std::vector<record> const consistent = {{a, z_dir}, {b, z_dir}, {c, z_dir}, {a, y_dir}, {b, y_dir}, {a, x_dir}};
 
-struct system_case {
-    char const * name;
-    std::vector<record> records;
-    engine::POSITIONING_STATE free, locked;  // without a lock, and with z locked
-};
-
-class ReferenceSystems : public testing::TestWithParam<system_case> {};
-
 constexpr auto under = engine::POSITIONING_UNDETERMINED, determined = engine::POSITIONING_DETERMINED,
                over = engine::POSITIONING_OVERDETERMINED;
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds, ReferenceSystems,
-    testing::Values(
-        system_case{"none", {}, under, under},
-        system_case{"one_point", {{a, x_dir}, {a, y_dir}, {a, z_dir}}, under, under},
-        system_case{"two_points", {{a, x_dir}, {a, y_dir}, {a, z_dir}, {b, y_dir}, {b, z_dir}}, under, determined},
-        system_case{"two_on_the_locked_line",
-                    {{a, x_dir}, {a, y_dir}, {a, z_dir}, {giPoint3(0, 0, 9), x_dir}, {giPoint3(0, 0, 9), y_dir}},
-                    under,
-                    under},
-        system_case{"on_a_line",
-                    {{a, x_dir}, {a, y_dir}, {a, z_dir}, {b, y_dir}, {b, z_dir}, {between, z_dir}},
-                    under,
-                    determined},
-        system_case{"one_two_three",
-                    {{a, z_dir}, {b, z_dir}, {c, z_dir}, {a, y_dir}, {b, y_dir}, {a, x_dir}},
-                    determined,
-                    determined},
-        system_case{"parallel", {{a, z_dir}, {b, z_dir}, {c, z_dir}}, under, under},
-        system_case{"contradictory", {{a, z_dir}, {b, z_dir}, {c, z_dir}, {a + z_dir, z_dir}}, under, under}),
-    [](auto const & kind) { return kind.param.name; });
+// A reference system of random points and of planes along three random directions, each met in a random pose.
+struct random_system {
+    std::vector<record> records;
+    giXform3 measured;
+    int contradiction = -1;  // which record has none to go with
 
-TEST_P(ReferenceSystems, AreClassified) {
-    system_case const & s = GetParam();
-    engine_host e, locked;
-    add(e, s.records);
-    add(locked, s.records);
-    locked.lock_direction(pose * z_dir, z_dir, 0);
-    giXform3 x, y;
-    EXPECT_EQ(e.test_positioning(1, x), s.free);
-    EXPECT_EQ(locked.test_positioning(1, y), s.locked);
-    EXPECT_EQ(x.invalid(), s.free == over || s.records.empty());
-    for (int i = 0; i < e.positioning_.size() && s.free != over; ++i) {
-        sqPlaneAndPoint const & r = e.positioning_[i];
-        EXPECT_NEAR((x * r.point - r.plane_point).dot(r.normal), 0.0, 1e-5);
+    random_system(int pattern, noise & random) {
+        giUnitVec3 const u(random.vector(1.0)), v = u.any_normal(), w(u.cross(v));
+        auto const point = [&] { return giPoint3(giOrigin) + random.vector(30.0); };
+        auto const pin = [&](giPoint3 const & p, std::vector<giVector3> const & normals) {
+            for (giVector3 const & n : normals) records.push_back({p, n});
+        };
+        giPoint3 const p = point(), q = point(), r = point();
+        if (pattern <= 1) {
+            auto const at = [&](double along_u, double along_v, double along_w) {
+                giVector3 const &du = u, &dv = v, &dw = w;
+                return p + (along_u * du + along_v * dv + along_w * dw);
+            };
+            for (giPoint3 const & base : {at(-40, -30, 0), at(40, -30, 0), at(0, 35, 0)}) pin(base, {w});
+            if (pattern == 0) {
+                pin(at(-45, -40, 10), {v});
+                pin(at(45, -40, 12), {v});
+                pin(at(-50, 0, 8), {u});
+            }
+        } else if (pattern == 2) {
+            pin(p, {w, v});
+            pin(q, {w, v});
+            pin(r, {w});
+        } else if (pattern == 3) {
+            pin(p, {u, v, w});
+        } else if (pattern == 4) {
+            pin(p, {u, v, w});
+            pin(q, {u, v, w});
+        } else if (pattern == 5) {
+            for (double const t : {0.0, 0.4, 1.0}) pin(p.interpolate(q, t), {u, v, w});
+        } else {
+            for (giPoint3 const & at : {p, q, r}) pin(at, {u, v, w});
+            if (pattern == 7) contradiction = 8;
+        }
+        measured = giXform3(giXformTranslate, random.vector(50.0))
+                       .postmultiply(giXform3(giXformRotate, giOrigin, giUnitVec3(random.vector(1.0)),
+                                              giAngle(giAngleRadians, 2.0 * random())));
+    }
+    void add_to(sqPointsToPlanes & e) const {
+        for (int i = 0; i < static_cast<int>(records.size()); ++i) {
+            record const & r = records[static_cast<std::size_t>(i)];
+            giPoint3 const p = i == contradiction ? r.place + 1.5 * r.normal : r.place;
+            e.add_positioning(measured * p, r.place, r.normal, 1);
+        }
+    }
+    // How many of the freedoms that a lock of that direction leaves, all of them when it is null, the planes take.
+    int freedoms_taken(giVector3 const * axis) const {
+        int const n = axis ? 4 : 6;
+        mlMatrix rows(mlMatrixZero, static_cast<int>(records.size()) + n, n);
+        for (int i = 0; i < static_cast<int>(records.size()); ++i) {
+            record const & r = records[static_cast<std::size_t>(i)];
+            giVector3 const arm = (1.0 / 30.0) * r.place.release().cross(r.normal);
+            double const turn = axis ? arm.dot(*axis) : arm.x();
+            double const row[] = {r.normal.x(), r.normal.y(), r.normal.z(), turn, arm.y(), arm.z()};
+            for (int k = 0; k < n; ++k) rows(i, k) = row[k];
+        }
+        mlSingularValueDecomposition const svd(rows);
+        return static_cast<int>(
+            std::count_if(svd.diagonal().data(), svd.diagonal().data() + n, [](double x) { return x > 1e-6; }));
+    }
+};
+
+TEST(Positioning, AgreesWithTheRankOfItsPlanes) {
+    noise random;
+    for (int i = 0; i < 120; ++i) {
+        int const pattern = i % 8;
+        SCOPED_TRACE(testing::Message() << i << ", pattern " << pattern);
+        random_system const system(pattern, random);
+        engine_host free, axis, shifts;
+        for (engine_host * e : {&free, &axis}) system.add_to(*e);
+        giVector3 const locked = i / 8 % 2 ? system.records[0].normal : giVector3(giUnitVec3(random.vector(1.0)));
+        axis.lock_direction(system.measured * locked, locked, 0);
+        auto const expected = [&](giVector3 const * lock) {
+            return system.contradiction >= 0                       ? over
+                   : system.freedoms_taken(lock) == (lock ? 4 : 6) ? determined
+                                                                   : under;
+        };
+        giXform3 x;
+        EXPECT_EQ(free.test_positioning(1, x), expected(nullptr));
+        EXPECT_EQ(x.invalid(), system.contradiction >= 0);
+        EXPECT_EQ(axis.test_positioning(1, x), expected(&locked));
+
+        // Where only shifts are allowed, three points that are not on a line are enough, whatever their planes.
+        random_system unturned = system;
+        unturned.measured = aside;
+        unturned.add_to(shifts);
+        shifts.lock_rotations(giAxisX, giAxisY, giAxisZ);
+        bool const enough = pattern <= 2 || pattern >= 6;
+        EXPECT_EQ(shifts.test_positioning(1, x), system.contradiction >= 0 ? over : enough ? determined : under);
+    }
+    giXform3 untouched;
+    EXPECT_EQ(engine().test_positioning(1, untouched), under);
+    EXPECT_TRUE(untouched.invalid());
+}
+
+// The line of two points along a locked direction is that of the measured points too.
+TEST(Positioning, SeesTheTurnAboutALockedLine) {
+    for (giXform3 const & measured : {unity, pose}) {
+        engine_host e;
+        e.lock_direction(measured * z_dir, z_dir, 0);
+        for (giPoint3 const & p : {a, a + 9.0 * z_dir}) {
+            for (giVector3 const & n : {x_dir, y_dir, z_dir}) e.add_positioning(measured * p, p, n, 1);
+        }
+        giXform3 x;
+        EXPECT_EQ(e.test_positioning(1, x), under);
     }
 }
 
