@@ -2,6 +2,7 @@
 
 #include <datumfit/foundation/maths/binary_scale.h>
 #include <datumfit/foundation/maths/singular_value_decomposition.h>
+#include <datumfit/foundation/utilities/hypotenuse.h>
 
 #include <Eigen/Eigenvalues>
 #include <algorithm>
@@ -49,7 +50,7 @@ struct real_values {
 // The block is (a + d) / 2 on the diagonal plus a matrix without trace, which is the sum of a symmetric one of size h
 // and of a quarter turn of size k. A root of h^2 - k^2 parts the eigenvalues; taking k - h off the turn makes them one.
 void add_pair(double a, double b, double c, double d, double tolerance, real_values & found) {
-    double const h = std::hypot(0.5 * (a - d), 0.5 * (b + c));
+    double const h = datumfit::internal::hypotenuse(0.5 * (a - d), 0.5 * (b + c));
     double const k = std::fabs(0.5 * (b - c));
     if (k - h <= tolerance) {
         found.add(0.5 * (a + d));

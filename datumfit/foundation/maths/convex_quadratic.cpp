@@ -1,6 +1,7 @@
 #include <datumfit/foundation/maths/convex_quadratic.h>
 
 #include <datumfit/foundation/maths/sym_eigen_vecs.h>
+#include <datumfit/foundation/utilities/hypotenuse.h>
 
 #include <algorithm>
 #include <cmath>
@@ -62,7 +63,8 @@ convex_quadratic::convex_quadratic(mlMatrix const & A, mlVector const & g, mlVec
     double idle_slope = 0.0;
     for (int k = curved; k < n; ++k) {
         flat_[k - curved] = eigen.eigen_vector(k);
-        idle_slope = std::hypot(idle_slope, component(flat_.row_data(k - curved), slope_.data(), n));
+        idle_slope =
+            hypotenuse(idle_slope, component(flat_.row_data(k - curved), slope_.data(), n));
     }
     if (idle_slope > flat_share * slope_size_) flat_.become(0, n);
     remove_components(flat_, slope_);

@@ -1,4 +1,5 @@
 #include <datumfit/foundation/maths/dual_active_set.h>
+#include <datumfit/foundation/utilities/hypotenuse.h>
 
 #include <algorithm>
 #include <cmath>
@@ -33,12 +34,12 @@ double length(double const * a, int n) {
     return std::sqrt(dot(a, a, n));
 }
 
-// The rotation that takes (a, b) to (hypot(a, b), 0).
+// The rotation that takes (a, b) to (their length, 0).
 struct rotation {
     double c = 1.0, s = 0.0;
     rotation(double a, double b) {
         if (b == 0.0) return;
-        double const h = std::hypot(a, b);
+        double const h = hypotenuse(a, b);
         c = a / h;
         s = b / h;
     }

@@ -1,6 +1,7 @@
 #include <datumfit/foundation/maths/sym_eigen_vecs.h>
 
 #include <datumfit/foundation/maths/binary_scale.h>
+#include <datumfit/foundation/utilities/hypotenuse.h>
 
 #include <algorithm>
 #include <cmath>
@@ -51,8 +52,8 @@ private:
     // The rotation by at most 45 degrees that makes element (p, q) zero; t is the tangent of its angle.
     void rotate(int p, int q) {
         double const theta = 0.5 * (a_(q, q) - a_(p, p)) / a_(p, q);
-        double const t = std::copysign(1.0, theta) / (std::fabs(theta) + std::hypot(theta, 1.0));
-        double const cosine = 1.0 / std::hypot(t, 1.0);
+        double const t = std::copysign(1.0, theta) / (std::fabs(theta) + datumfit::internal::hypotenuse(theta, 1.0));
+        double const cosine = 1.0 / datumfit::internal::hypotenuse(t, 1.0);
         double const sine = t * cosine;
         double const shift = t * a_(p, q);
         a_(p, p) -= shift;
