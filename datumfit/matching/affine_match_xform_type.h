@@ -2,7 +2,7 @@
 
 /// What an affine match may do to the points: a family of transforms. The coordinates that a family does not name keep
 /// their values.
-enum sqAffineMatchXformType {
+enum sqAffineMatchXformType : int {
     sqAffineMatchFull = 0,                 ///< any affine transform
     sqAffineMatchXY = 1,                   ///< any affine transform of x and y
     sqAffineMatchScale = 2,                ///< scales along the axes, about the origin
