@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <new>
 
 namespace {
 
@@ -15,7 +16,7 @@ constexpr double no_extent = 1e-7;  // of the sum of squared coordinates
 void make_fit_points(giPoint3coPageArr const & points, giXform3 const & x, sqFitPoint3PtrcoPageArr & result) {
     giUnitVec3 const normal(x * giVector3(giAxisX));
     for (int i = 0; i < points.size(); ++i) {
-        sqFitPoint3coPrf const point(new sqProbedPoint3(x * points.read(i), normal, 0.0));
+        sqFitPoint3coPrf const point(new (std::nothrow) sqProbedPoint3(x * points.read(i), normal, 0.0));
         if (i < result.size()) {
             result[i] = point;
         } else {
@@ -32,7 +33,10 @@ public:
         square_ += measured * measured;
     }
     double value() const {
-        return std::abs(square_) > no_extent ? std::clamp(mixed_ / square_ + 1.0, least_scale, greatest_scale) : 1.0;
+        if (square_ <= no_extent) return 1.0;
+        double const factor = mixed_ / square_ + 1.0;
+        // Sums of huge coordinates overflow and then tell nothing.
+        return std::isfinite(factor) ? std::clamp(factor, least_scale, greatest_scale) : 1.0;
     }
 
 private:
@@ -58,7 +62,7 @@ void sqBestfitAlignmentWithScale::get_alignment(sqObjectForFitting ** object, gi
     if (rough.invalid()) find_rough_alignment(rough_nominal, rough_measured, rough);
     scale_x = scale_y = 1.0;
     total = rough;
-    if (iterations < 1) return;
+    if (*object == nullptr || iterations < 1) return;
 
     sqFitPoint3PtrcoPageArr fit_points;
     make_fit_points(points, rough, fit_points);
@@ -94,11 +98,11 @@ void sqBestfitAlignmentWithScale::get_alignment(sknSurfPtr & surface, giPoint3co
                                                 giPoint3coPageArr const & points, double tolerance, int iterations,
                                                 giXform3 & rough, giXform3 & total, double & scale_x, double & scale_y,
                                                 int passes) {
-    sqObjectForFitting * object = new sqSurfaceForFitting(surface);
+    sqObjectForFitting * object = new (std::nothrow) sqSurfaceForFitting(surface);
     get_alignment(&object, rough_nominal, rough_measured, points, tolerance, iterations, rough, total, scale_x, scale_y,
                   passes);
-    surface = static_cast<sqSurfaceForFitting *>(object)->get_surface();
-    delete object;
+    std::unique_ptr<sqObjectForFitting> const owner(object);
+    if (owner) surface = static_cast<sqSurfaceForFitting const &>(*owner).get_surface();
 }
 
 void sqBestfitAlignmentWithScale::get_refined_xform(sqSurfaceBestfit & fit, double tolerance, int iterations,
@@ -133,9 +137,13 @@ double sqBestfitAlignmentWithScale::get_square_deviation(sqFitPoint3PtrcoPageArr
     double sum = 0.0;
     int valid = 0;
     for (int i = 0; i < points.size(); ++i) {
+        auto const * const point = static_cast<sqProbedPoint3 const *>(points.read(i).pointer());
+        if (point == nullptr) continue;  // for want of memory
         sqProjectedPoint3 record;
-        projector.rotate_and_project(x, static_cast<sqProbedPoint3 const *>(points.read(i).pointer()), record);
+        projector.rotate_and_project(x, point, record);
         if (record.invalid()) continue;
+        // Without a root, so that an object that is the same as before gives the same sum and not one that looks
+        // better.
         sum += square_dev(record, giXformIdentity);
         ++valid;
     }
